@@ -1,0 +1,18 @@
+#pragma once
+
+#include "basekit/error_code.h"
+#include "basekit/variant_bag.h"
+
+#include <string>
+
+namespace panedeck::cli {
+
+/// The parameters of a `grid` request for the profile's functions, heaviest first, with their weights; at
+/// most `limit` rows.
+bk2::variant_bag_t function_table_request(unsigned limit);
+
+/// The answer to a `grid` request as a table of text: a row for each of its rows, the raw values as they
+/// came. Says behind it if there are more rows. Fails if the answer does not hold a table.
+bk2::error_code_t grid_answer_as_text(const bk2::variant_bag_t& answer, std::string& text);
+
+} // namespace panedeck::cli

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "basekit/error_code.h"
+#include "child_process.h"
+
+#include <string>
+#include <vector>
+
+namespace panedeck::cli {
+
+/// What a session shows and with which settings. Empty texts mean the default.
+struct SessionParameters {
+    std::vector<std::string>
+        results; ///< one or two result directories or profile files; none: the bundled sample
+    std::string user_directory;
+    std::string config_directory;
+    std::string web_directory;
+};
+
+/// The relay and the host that a person's view of a result needs, running as long as this object lives.
+class Session {
+public:
+    /// Starts the relay on free ports, then the host with the results. The host goes on loading when this
+    /// returns. Fails in one line if a program or a folder is missing or a program does not come up.
+    bk2::error_code_t start(const SessionParameters& parameters);
+
+    /// Stops the host, then the relay.
+    void stop();
+
+    /// Success while both run. Else a failure; its message is empty if the program has said itself what was
+    /// wrong.
+    bk2::error_code_t check();
+
+    /// The page's address, with the token.
+    const std::string& url() const { return m_url; }
+    const std::string& token() const { return m_token; }
+    /// Host and port of the page.
+    const std::string& web_host() const { return m_web_host; }
+    const std::string& web_port() const { return m_web_port; }
+
+private:
+    bk2::error_code_t start_relay(const std::string& web_directory);
+    bk2::error_code_t read_relay_addresses();
+    void take_relay_address(const std::string& line);
+    bk2::error_code_t start_host(const SessionParameters& parameters);
+
+    std::string m_token;
+    std::string m_library_address;
+    std::string m_url;
+    std::string m_web_host;
+    std::string m_web_port;
+    // In this order: the host goes first when they are destroyed.
+    ChildProcess m_relay;
+    ChildProcess m_host;
+};
+
+} // namespace panedeck::cli

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "import/importer.h"
+
+namespace panedeck::engine {
+
+/// Folded stacks: `frame;frame;...;frame WEIGHT` per line, root first.
+class FoldedImporter final : public IImporter {
+public:
+    std::string_view name() const override { return "folded stacks"; }
+    bool recognises(const TextBeginning& beginning) const override;
+    ImportOutcome import(TextInput& input, ProfileBuilder& builder, ImportReport& report) const override;
+};
+
+} // namespace panedeck::engine

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "access_rules.h"
+#include "connection_slots.h"
+#include "relay.h"
+
+#include <boost/asio/ip/tcp.hpp>
+
+#include <filesystem>
+
+namespace panedeck::guiserver {
+
+/// What the HTTP side serves, and to whom. Outlives the sockets' execution context.
+struct HttpService {
+    const AccessRules& rules;
+    const std::filesystem::path& web_root; ///< canonical
+    Relay& relay;
+    ConnectionSlots& tab_slots;
+};
+
+/// Serves one HTTP connection until it ends or becomes a tab's WebSocket; the connection keeps itself alive.
+///
+/// - `GET /?token=T` gives the page and the cookie with which it loads its assets; any other file of the web
+/// folder
+///   needs the cookie or the token in its query.
+/// - `GET /ws?token=T` with the page's own origin becomes a WebSocket.
+/// - All else is refused with a short plain text: 403 without the token, for another host or another origin,
+/// 404, 405.
+void serve_http(boost::asio::ip::tcp::socket socket, const HttpService& service,
+                ConnectionSlots::slot_t slot);
+
+} // namespace panedeck::guiserver

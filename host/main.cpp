@@ -1,0 +1,14 @@
+#include "program/host_options.h"
+#include "program/run_host.h"
+
+#include <cstdio>
+#include <variant>
+
+int main(int argc, char** argv) {
+    const auto parsed = panedeck::host::parseHostOptions(argc, argv);
+    if (const auto* exit = std::get_if<panedeck::host::early_exit_t>(&parsed)) {
+        std::fprintf(exit->exitCode == 0 ? stdout : stderr, "%s\n", exit->text.c_str());
+        return exit->exitCode;
+    }
+    return panedeck::host::runHost(std::get<panedeck::host::host_options_t>(parsed));
+}

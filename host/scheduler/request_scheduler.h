@@ -1,0 +1,109 @@
+#pragma once
+
+#include "basekit/error_code.h"
+#include "basekit/signal.h"
+#include "basekit/sptr.h"
+#include "basekit/task_system.h"
+#include "basekit/variant_bag.h"
+#include "dispatch/irequest_dispatcher.h"
+#include "scheduler/scheduled_request.h"
+#include "transport/isocket_client.h"
+
+#include <cstddef>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace panedeck::host {
+
+/// Decides when each request runs and which ones are cancelled.
+///
+///  - A new request cancels what it displaces, by the answers of the dispatcher's strategy. Between two
+///  requests that
+///    both name a grid it does so only on the same grid: after a data change all grids refresh at once, and
+///    none must cancel the others.
+///  - An exclusive request starts when everything that it displaces has left its thread, and later requests
+///  that it
+///    would displace wait for its end. All others run on, so that no refresh waits behind an open file
+///    dialog.
+///  - Changing requests run one at a time, in the order in which they came.
+///  - A change of a filter or a knob cancels what it makes obsolete.
+///
+/// A request waits for earlier ones only, so nothing waits in a circle; and it waits here, never on a thread
+/// of the queue. No operation but `stop` ever waits for a request, so all may be called on the I/O thread or
+/// by a handler that holds locks. Safe from any thread. Each request id gets exactly one final answer, see
+/// `ScheduledRequest`.
+class RequestScheduler : private bk2::subscriber_base_t {
+public:
+    /// `tasks` outlives the scheduler.
+    RequestScheduler(std::shared_ptr<IRequestDispatcher> dispatcher, bk2::sptr_t<ISocketClient> client,
+                     bk2::task_system_t& tasks);
+    /// The task system was stopped before.
+    ~RequestScheduler();
+
+    /// Takes a request in. `request` is taken by swapping. A failure means that nothing else will answer: the
+    /// scheduler has been stopped. A request whose id is still open is not served, since one id cannot have
+    /// two answers; that is told in an `error` response without id.
+    bk2::error_code_t schedule(const char* requestId, const char* requestType, bk2::variant_bag_t& request);
+
+    /// Cancels a request; does nothing if its id is unknown or answered.
+    void cancelRequest(const std::string& requestId);
+
+    /// Cancels what the change of the named filter, or of a knob, makes obsolete.
+    void onFilterChanged(const std::string& filterName);
+    void onKnobChanged();
+
+    /// Whoever sent the present requests is gone: gives up their answers and stops what does not change
+    /// anything.
+    void abandonRequests();
+
+    /// Takes no more requests and cancels all that are here. The tasks may still be running when it returns.
+    void stop();
+
+private:
+    struct entry_t;
+    using entry_ptr_t = std::shared_ptr<entry_t>;
+    /// What is to be done once the lock is free: cancels and starts call out.
+    struct actions_t {
+        std::vector<entry_ptr_t> canceled;
+        std::vector<entry_ptr_t> ready;
+    };
+
+    enum class admission_t { admitted, duplicate, stopped };
+
+    entry_ptr_t makeEntry(const char* requestId, const char* requestType, bk2::variant_bag_t& request);
+    bool displaces(const entry_t& later, const entry_t& earlier) const;
+    bool waitsFor(const entry_t& later, const entry_t& earlier) const;
+    bk2::error_code_t refuseDuplicate(const std::string& requestId) const;
+
+    // All of these are called under the lock.
+    bool isIdOpen(const std::string& requestId) const;
+    void enqueue(const entry_ptr_t& entry, actions_t& actions);
+    void doom(const entry_ptr_t& entry, actions_t& actions);
+    void leave(const entry_ptr_t& entry, actions_t& actions);
+    template <class Condition>
+    void doomWhere(Condition condition, actions_t& actions);
+
+    // These without it.
+    admission_t admit(const entry_ptr_t& entry, actions_t& actions);
+    void carryOut(const actions_t& actions);
+    void start(const entry_ptr_t& entry);
+    void onFinished(const entry_ptr_t& entry);
+
+    const std::shared_ptr<IRequestDispatcher> m_dispatcher;
+    const std::shared_ptr<ITaskDisplacementStrategy> m_strategy;
+    const bk2::sptr_t<ISocketClient> m_client;
+    bk2::task_system_t& m_tasks;
+
+    // Guards all below and the entries' bookkeeping. Held while strategies are asked, which is quick and
+    // takes no lock but those of the handler groups; never while anything is cancelled, started or sent.
+    std::mutex m_mutex;
+    std::list<entry_ptr_t> m_entries;                    ///< in the order of arrival, until they have left
+    std::unordered_map<std::string, entry_ptr_t> m_byId; ///< the last entry of each id
+    bool m_stopped = false;
+};
+
+} // namespace panedeck::host

@@ -1,0 +1,32 @@
+#include "session/socket_events.h"
+
+#include "basekit/variant.h"
+#include "logkit/component_logger.h"
+
+#include <string_view>
+
+namespace panedeck::host {
+
+bk2::error_code_t SocketEvents::onRequest(const char* requestId, const char* requestType,
+                                          bk2::variant_bag_t& request) {
+    return m_scheduler->schedule(requestId, requestType, request);
+}
+
+bk2::error_code_t SocketEvents::onEvent(const char* name, bk2::variant_bag_t& event) {
+    // Ids are texts; a sender that wrote a number means the same.
+    if (std::string_view(name) == "cancelRequest")
+        m_scheduler->cancelRequest(bk2::get_value_string(event.get_variant("requestId")));
+    return bk2::error_code_t::success();
+}
+
+// A relay that comes back knows nothing of the requests of the one before it, and may use their ids again.
+void SocketEvents::onConnectionLost() {
+    logkit1::log(logkit1::level_t::warning, "Connection to the GUI server lost");
+    m_scheduler->abandonRequests();
+}
+
+void SocketEvents::onConnected() {
+    logkit1::log(logkit1::level_t::info, "Connected to the GUI server");
+}
+
+} // namespace panedeck::host

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "scheduler/request_scheduler.h"
+#include "transport/isocket_event_handler.h"
+
+namespace panedeck::host {
+
+/// What the GUI server sends, handed to the scheduler. Only queues work, as the I/O thread demands.
+class SocketEvents : public ISocketEventHandler {
+public:
+    /// Names the scheduler, which comes to life after the client that this object is made for. To be called
+    /// before the client connects; `scheduler` outlives the connection.
+    void setScheduler(RequestScheduler& scheduler) { m_scheduler = &scheduler; }
+
+    bk2::error_code_t onRequest(const char* requestId, const char* requestType,
+                                bk2::variant_bag_t& request) override;
+    /// "cancelRequest" with `requestId` cancels that request; events that the host has no use for are
+    /// ignored.
+    bk2::error_code_t onEvent(const char* name, bk2::variant_bag_t& event) override;
+    void onConnectionLost() override;
+    void onConnected() override;
+
+private:
+    RequestScheduler* m_scheduler = nullptr;
+};
+
+} // namespace panedeck::host

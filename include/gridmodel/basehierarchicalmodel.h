@@ -1,0 +1,282 @@
+#pragma once
+
+#include "basekit/assertion.h"
+#include "gridmodel/index_translator.h"
+#include "gridmodel/row_state.h"
+#include "notifykit/progress.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace panedeck {
+
+/// The visible rows of a tree as one flat vector in preorder, so that a row index, the number of rows and a
+/// window of rows are plain vector operations.
+///
+/// Invariant: row 0 is at level 0, and a row is at most one level below the row before it; a row that has
+/// deeper rows behind it is in state `RowExpanded`.
+///
+/// Knows rows, states, levels and their order; nothing of the objects behind them, which a derived class
+/// names by `RowID`. `Interface` is the abstract class that the model implements. Costs: opening and closing
+/// a row moves the rows behind it once, whatever its subtree holds; sorting compares siblings only. Nothing
+/// recurses by the depth of the tree. Nothing locks: the owner's lock covers it all.
+template <class RowID, class Interface>
+class BaseHierarchicalModel : public Interface {
+public:
+    using Record = RowRecord<RowID>;
+    using Sortable = sortable_item_t<RowID>;
+
+    /// The row's state; `RowLeaf` for an index out of range.
+    RowState getRowState(int row) const override { return isRowValid(row) ? m_rows[at(row)].state : RowLeaf; }
+
+    /// Called after every structural change, while `getIndexTranslator` tells where rows went.
+    virtual void onRowsChanged() {}
+
+    /// The row's level; 0 for an index out of range.
+    virtual int getRowLevel(int row) const { return isRowValid(row) ? m_rows[at(row)].level : 0; }
+
+    /// Opens or closes a row; an invalid row does nothing. Opening also restores what was open below. On
+    /// cancel the rows made so far are in place and `onRowsChanged` is not called.
+    virtual ExpandedRows onExpandRow(int row, bool expand, notifykit2::IProgress* progress) {
+        if (!isRowValid(row)) return {};
+        return expand ? open(row, progress) : close(row);
+    }
+
+    /// Drops all rows.
+    virtual void clear() { m_rows.clear(); }
+
+    /// Set only while `onRowsChanged` runs.
+    virtual const IIndexTranslator* getIndexTranslator() const { return m_active_translator; }
+
+    virtual bool isSortingEnabled() const { return false; }
+
+    /// The order of two siblings: a strict weak order.
+    virtual bool compareRows(const Sortable&, const Sortable&) const { return false; }
+
+    bool isRowValid(int row) const { return row >= 0 && at(row) < m_rows.size(); }
+    int rowCount() const { return static_cast<int>(m_rows.size()); }
+
+    void setRowState(int row, RowState state) {
+        PANEDECK_EXPECT(isRowValid(row), "isRowValid(row)");
+        if (isRowValid(row)) m_rows[at(row)].state = state;
+    }
+
+    /// What stands behind a visible row; an empty id for an invalid one.
+    RowID getRowID(int row) const {
+        PANEDECK_EXPECT(isRowValid(row), "BaseModel::isRowValid(row)");
+        return isRowValid(row) ? m_rows[at(row)].id : RowID{};
+    }
+
+    /// How many rows directly behind this one are deeper. Cost: those rows.
+    int calcSubItems(int row) const {
+        int behind = row + 1;
+        while (isRowValid(behind) && m_rows[at(behind)].level > m_rows[at(row)].level)
+            ++behind;
+        return behind - row - 1;
+    }
+
+    /// Sorts the visible rows [first, last), siblings only: a child stays under its parent. For all rows the
+    /// index translator is active afterwards: call `onRowsChanged` and then `resetTranslators`.
+    void sortRows(int first, int last) {
+        if (!isRowValid(first) || last < 0 || last > rowCount()) return;
+        std::vector<int> origins;
+        if (last - first >= 2) sortForest(first, last, origins);
+        if (first == 0 && last == rowCount()) startVectorTranslator(origins);
+    }
+
+    /// Sorts all visible rows and tells of it, even if there is none.
+    void sortAllRows() {
+        std::vector<int> origins;
+        if (rowCount() >= 2) sortForest(0, rowCount(), origins);
+        startVectorTranslator(origins);
+        onRowsChanged();
+        resetTranslators();
+    }
+
+    /// Ends a structural change.
+    void resetTranslators() {
+        m_add_remove_translator.set(0, 0);
+        m_vector_translator.mapping().clear();
+        m_follow_translator.set(-1, -1);
+        m_active_translator = nullptr;
+    }
+
+    /// Checks the invariant of the visible rows; what is wrong comes back as a text, empty if nothing is.
+    std::string verifyRows() const {
+        for (std::size_t i = 0; i < m_rows.size(); ++i) {
+            const int above = i == 0 ? -1 : m_rows[i - 1].level;
+            const std::string place = "row " + std::to_string(i);
+            if (m_rows[i].level < 0 || m_rows[i].level > above + 1) return place + " skips a level";
+            if (i > 0 && m_rows[i].level > above && m_rows[i - 1].state != RowExpanded)
+                return place + " stands under a row that is not open";
+            if (m_rows[i].id == RowID{}) return place + " has no id";
+        }
+        return {};
+    }
+
+protected:
+    /// Appends the children of a row to `children`, in the provider's order and with the states that they are
+    /// to show, loading them if that was never done. Gives their number: 0 for none and on cancel, -1 if they
+    /// could not be read.
+    virtual int addSubRows(const RowID& parent, std::vector<Sortable>& children,
+                           notifykit2::IProgress* progress) = 0;
+
+    /// Orders one group of siblings by `compareRows`.
+    virtual void sortSiblings(std::vector<Sortable>& siblings) const {
+        std::sort(siblings.begin(), siblings.end(),
+                  [this](const Sortable& a, const Sortable& b) { return compareRows(a, b); });
+    }
+
+    /// Appends the visible rows below `parent` to `rows`, beside the model's own vector, so that they go in
+    /// with one move. False if it was cancelled; what was made until then is in `rows`. `parent`'s state
+    /// becomes `RowLeaf` if it has no children.
+    bool collectSubRows(Record& parent, std::vector<Record>& rows, notifykit2::IProgress* progress) {
+        std::vector<Group> open;
+        if (!openGroup(parent, open, progress)) return !notifykit2::is_canceled(progress);
+        while (!open.empty()) {
+            Group& group = open.back();
+            if (group.next == group.siblings.size()) {
+                open.pop_back();
+                continue;
+            }
+            const Sortable& child = group.siblings[group.next++];
+            Record record{child.state, group.level, child.id};
+            if (record.state == RowExpanded) openGroup(record, open, progress);
+            rows.push_back(record);
+            if (notifykit2::is_canceled(progress)) return false;
+        }
+        return true;
+    }
+
+    /// Puts `rows` in place of all visible rows; the row at `followed` (-1: none) is now at `to`.
+    void replaceRows(std::vector<Record> rows, int followed, int to) {
+        m_rows = std::move(rows);
+        m_follow_translator.set(followed, to);
+        announce(m_follow_translator);
+    }
+
+    std::vector<Record>& rows() { return m_rows; }
+    const std::vector<Record>& rows() const { return m_rows; }
+
+private:
+    /// Siblings that are being walked.
+    struct Group {
+        std::vector<Sortable> siblings;
+        std::size_t next = 0;
+        int level = 0;
+    };
+
+    static std::size_t at(int row) { return static_cast<std::size_t>(row); }
+
+    bool openGroup(Record& parent, std::vector<Group>& open, notifykit2::IProgress* progress) {
+        Group group;
+        const int count = addSubRows(parent.id, group.siblings, progress);
+        PANEDECK_EXPECT(count >= 0, "count >= 0");
+        if (count <= 0) {
+            if (count == 0 && !notifykit2::is_canceled(progress)) parent.state = RowLeaf;
+            return false;
+        }
+        if (isSortingEnabled() && group.siblings.size() >= 2) sortSiblings(group.siblings);
+        group.level = parent.level + 1;
+        open.push_back(std::move(group));
+        return true;
+    }
+
+    ExpandedRows open(int row, notifykit2::IProgress* progress) {
+        if (m_rows[at(row)].state == RowExpanded) return {row, 0};
+        Record opened = m_rows[at(row)];
+        opened.state = RowExpanded;
+        std::vector<Record> added;
+        const bool finished = collectSubRows(opened, added, progress);
+        m_rows[at(row)].state = opened.state;
+        m_rows.insert(m_rows.begin() + row + 1, added.begin(), added.end());
+        const int gained = static_cast<int>(added.size());
+        if (!finished) return {-1, 0};
+        m_add_remove_translator.set(row, gained);
+        announce(m_add_remove_translator);
+        return {row, gained};
+    }
+
+    ExpandedRows close(int row) {
+        if (m_rows[at(row)].state == RowCollapsed) return {};
+        // A leaf too: the next expansion finds no children and makes it a leaf again.
+        m_rows[at(row)].state = RowCollapsed;
+        const int count = calcSubItems(row);
+        PANEDECK_EXPECT(count >= 0, "count >= 0");
+        m_rows.erase(m_rows.begin() + row + 1, m_rows.begin() + row + 1 + count);
+        m_add_remove_translator.set(row, -count);
+        announce(m_add_remove_translator);
+        return {};
+    }
+
+    void announce(const IIndexTranslator& translator) {
+        m_active_translator = &translator;
+        onRowsChanged();
+        resetTranslators();
+    }
+
+    /// Fills `origins` with the old index of each row of the range in its new order.
+    void sortForest(int first, int last, std::vector<int>& origins) {
+        const std::vector<int> ends = subtreeEnds(first, last);
+        std::vector<Record> sorted;
+        sorted.reserve(at(last - first));
+        origins.reserve(at(last - first));
+        std::vector<Group> open;
+        open.push_back(siblingsIn(first, last, first, ends));
+        while (!open.empty()) {
+            Group& group = open.back();
+            if (group.next == group.siblings.size()) {
+                open.pop_back();
+                continue;
+            }
+            const Sortable row = group.siblings[group.next++];
+            sorted.push_back({row.state, group.level, row.id});
+            origins.push_back(row.index);
+            const int end = ends[at(row.index - first)];
+            if (end > row.index + 1) open.push_back(siblingsIn(row.index + 1, end, first, ends));
+        }
+        std::copy(sorted.begin(), sorted.end(), m_rows.begin() + first);
+    }
+
+    /// For each row of the range the index behind the last row of its subtree.
+    std::vector<int> subtreeEnds(int first, int last) const {
+        std::vector<int> ends(at(last - first), last);
+        std::vector<int> parents;
+        for (int row = first; row < last; ++row) {
+            while (!parents.empty() && m_rows[at(parents.back())].level >= m_rows[at(row)].level) {
+                ends[at(parents.back() - first)] = row;
+                parents.pop_back();
+            }
+            parents.push_back(row);
+        }
+        return ends;
+    }
+
+    Group siblingsIn(int begin, int end, int first, const std::vector<int>& ends) const {
+        Group group;
+        group.level = m_rows[at(begin)].level;
+        for (int row = begin; row < end; row = ends[at(row - first)])
+            group.siblings.push_back({m_rows[at(row)].id, m_rows[at(row)].state, row});
+        if (group.siblings.size() >= 2) sortSiblings(group.siblings);
+        return group;
+    }
+
+    void startVectorTranslator(const std::vector<int>& origins) {
+        std::vector<int>& mapping = m_vector_translator.mapping();
+        mapping.resize(origins.size());
+        for (std::size_t position = 0; position < origins.size(); ++position)
+            mapping[at(origins[position])] = static_cast<int>(position);
+        m_active_translator = &m_vector_translator;
+    }
+
+    std::vector<Record> m_rows;
+    const IIndexTranslator* m_active_translator = nullptr;
+    AddRemoveTranslator m_add_remove_translator;
+    VectorTranslator m_vector_translator;
+    FollowTranslator m_follow_translator;
+};
+
+} // namespace panedeck

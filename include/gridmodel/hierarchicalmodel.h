@@ -1,0 +1,195 @@
+#pragma once
+
+#include "gridmodel/basehierarchicalmodel.h"
+
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace panedeck {
+
+/// One node of the tree that was loaded so far.
+///
+/// An item never moves. Its children are loaded at most once and then stay until the model is cleared:
+/// closing a row frees nothing, and opening it again asks the provider for nothing.
+template <class Obj>
+struct HierarchicalItem {
+    using List = std::vector<HierarchicalItem>;
+
+    Obj data{};
+    HierarchicalItem* parent = nullptr; ///< null only at the root
+    List* children = nullptr;           ///< null until children were loaded
+    bool expanded = false;              ///< wants its children visible, also while an ancestor is closed
+    bool hasChildren = true;            ///< cleared once a load found none
+};
+
+/// A tree of items that are loaded on demand, under the flat vector of its visible rows. `Obj` is what an
+/// item holds: a reference-counted pointer or a small value.
+template <class Obj, class Interface>
+class HierarchicalModel : public BaseHierarchicalModel<HierarchicalItem<Obj>*, Interface> {
+public:
+    using Item = HierarchicalItem<Obj>;
+    using Base = BaseHierarchicalModel<Item*, Interface>;
+    using typename Base::Record;
+    using typename Base::Sortable;
+
+    HierarchicalModel() { resetRoot(); }
+
+    /// Also remembers in the item whether its children are wanted.
+    ExpandedRows onExpandRow(int row, bool expand, notifykit2::IProgress* progress) override {
+        if (!this->isRowValid(row)) return {};
+        this->getRowID(row)->expanded = expand;
+        return Base::onExpandRow(row, expand, progress);
+    }
+
+    /// Also frees all items.
+    void clear() override {
+        Base::clear();
+        m_lists.clear();
+        resetRoot();
+    }
+
+    bool compareRows(const Sortable& a, const Sortable& b) const override {
+        return compareItems(a.id->data, b.id->data);
+    }
+
+    /// The order of two items' data.
+    virtual bool compareItems(const Obj&, const Obj&) const { return false; }
+
+    /// The item of a visible row; the root for an invalid row.
+    Item* getItemByRow(int row) { return this->isRowValid(row) ? this->getRowID(row) : &m_root; }
+
+    /// What the item of a visible row holds. Asserts a valid row; gives an empty one otherwise.
+    Obj getItemData(int row) const {
+        PANEDECK_EXPECT(this->isRowValid(row), "isRowValid(row)");
+        return this->isRowValid(row) ? this->getRowID(row)->data : Obj{};
+    }
+
+    /// Checks rows and items against each other; empty if all is well. Cost: all items.
+    std::string verify() const {
+        if (std::string fault = this->verifyRows(); !fault.empty()) return fault;
+        std::vector<const Item*> path;
+        for (int row = 0; row < this->rowCount(); ++row) {
+            const Record& record = this->rows()[static_cast<std::size_t>(row)];
+            path.resize(static_cast<std::size_t>(record.level));
+            if (record.id->parent != (path.empty() ? &m_root : path.back()))
+                return "row " + std::to_string(row) + " stands under another row than its item's parent";
+            if ((record.state == RowExpanded) != (record.id->expanded && record.id->hasChildren))
+                return "row " + std::to_string(row) + " and its item disagree on being open";
+            path.push_back(record.id);
+        }
+        return {};
+    }
+
+protected:
+    /// Reads what stands below an item (at the top for null data) into `children`. Gives their number, 0 also
+    /// on cancel, -1 if they could not be read.
+    virtual int addNewItems(const Obj* parentData, std::vector<Obj>& children,
+                            notifykit2::IProgress* progress) = 0;
+
+    /// Loads the items below `parent` if that was never done; the answer of `addNewItems`, or the number of
+    /// items at hand.
+    int loadItems(Item& parent, notifykit2::IProgress* progress) {
+        if (parent.children) return static_cast<int>(parent.children->size());
+        if (!parent.hasChildren) return 0;
+        std::vector<Obj> loaded;
+        const int count = addNewItems(&parent == &m_root ? nullptr : &parent.data, loaded, progress);
+        if (count < 0 || notifykit2::is_canceled(progress)) return count < 0 ? count : 0;
+        if (loaded.empty()) {
+            parent.hasChildren = false;
+            return 0;
+        }
+        storeItems(parent, std::move(loaded));
+        return count;
+    }
+
+    /// Loads the top items and makes their rows, sorted if a sort is set. The model was cleared before.
+    int loadTopRows(notifykit2::IProgress* progress) {
+        const int count = loadItems(m_root, progress);
+        if (count <= 0) return count;
+        std::vector<Record> top;
+        Record root{RowExpanded, -1, &m_root};
+        this->collectSubRows(root, top, progress);
+        this->rows() = std::move(top);
+        return count;
+    }
+
+    /// Makes all visible rows anew from the items' flags: one pass, whatever changed. The row at `followed`
+    /// is followed to its new place, or to its nearest visible ancestor.
+    void rebuildRows(int followed) {
+        const Item* item = this->isRowValid(followed) ? this->getRowID(followed) : nullptr;
+        std::vector<Record> made = makeRows();
+        const int to = item ? visibleRowOf(made, item) : followed;
+        this->replaceRows(std::move(made), followed, to);
+    }
+
+    /// The same, announced to nobody: for work that was cancelled half way.
+    void rebuildRowsQuietly() { this->rows() = makeRows(); }
+
+    int addSubRows(Item* const& parent, std::vector<Sortable>& children,
+                   notifykit2::IProgress* progress) override {
+        const int count = loadItems(*parent, progress);
+        if (count <= 0) return count;
+        children.reserve(parent->children->size());
+        for (Item& child : *parent->children)
+            children.push_back({&child, stateOf(child), 0});
+        return count;
+    }
+
+    /// The index of an item's row, -1 if it does not show. Cost: the rows.
+    int visibleRow(const Item& item) const {
+        for (int row = 0; row < this->rowCount(); ++row)
+            if (this->getRowID(row) == &item) return row;
+        return -1;
+    }
+
+    Item& root() { return m_root; }
+
+private:
+    // Not cancellable: the items' flags are set, and rows that disagree with them would stay wrong.
+    std::vector<Record> makeRows() {
+        std::vector<Record> made;
+        Record root{RowExpanded, -1, &m_root};
+        this->collectSubRows(root, made, nullptr);
+        return made;
+    }
+
+    static RowState stateOf(const Item& item) {
+        if (!item.hasChildren) return RowLeaf;
+        return item.expanded ? RowExpanded : RowCollapsed;
+    }
+
+    void storeItems(Item& parent, std::vector<Obj> loaded) {
+        auto& list = m_lists.emplace_back();
+        list.reserve(loaded.size());
+        for (Obj& data : loaded)
+            list.push_back({std::move(data), &parent, nullptr, false, true});
+        parent.children = &list;
+    }
+
+    /// The row of an item, or of its nearest visible ancestor; -1 if none shows. One pass over the rows.
+    static int visibleRowOf(const std::vector<Record>& rows, const Item* item) {
+        std::vector<const Item*> line;
+        for (; item && item->parent; item = item->parent)
+            line.push_back(item);
+        int found = -1;
+        for (std::size_t row = 0; row < rows.size(); ++row) {
+            const std::size_t level = static_cast<std::size_t>(rows[row].level);
+            if (level < line.size() && line[line.size() - 1 - level] == rows[row].id)
+                found = static_cast<int>(row);
+        }
+        return found;
+    }
+
+    void resetRoot() {
+        m_root = Item{};
+        m_root.expanded = true;
+    }
+
+    // In creation order; lists never move, and none holds another, so freeing them does not recurse.
+    std::deque<typename Item::List> m_lists;
+    Item m_root;
+};
+
+} // namespace panedeck

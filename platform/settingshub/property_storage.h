@@ -1,0 +1,49 @@
+#pragma once
+
+// Needed by options, properties, viewpoints and projects: named bags that outlive the program.
+
+#include "basekit/api.h"
+#include "basekit/error_code.h"
+#include "basekit/object_interface.h"
+#include "basekit/sptr.h"
+#include "basekit/variant_bag.h"
+
+#include <functional>
+#include <string>
+
+namespace settingshub2 {
+
+/// Named bags on disk. A storage is one XML file, `NAME.xml`, with one element for each named bag, and a
+/// folder `NAME` of that kind for its sub-storages. Nothing exists on disk before the first write.
+///
+/// Every write is whole: after a crash at any instant the file holds the old content or the new one. Writers
+/// in several threads and programs exclude each other, so no write of one named bag loses another's. Readers
+/// take no lock and see the last whole content. Objects are stateless and safe to use from any thread.
+class PANEDECK_API IPropertyStorage : public bk2::object_interface_t {
+public:
+    /// The storage `name` in `folder` (of a user, of a result). Null if `name` is empty or longer than 200
+    /// bytes; any other text is a name: what a file name cannot carry is written as %XX.
+    static bk2::sptr_t<IPropertyStorage> open(const std::string& folder, const std::string& name);
+
+    /// The stored bag of that name, or `otherwise` if there is none. A file that cannot be read or parsed is
+    /// logged as a warning and counts as empty.
+    virtual bk2::variant_bag_t readBag(const std::string& name,
+                                       const bk2::variant_bag_t& otherwise) const = 0;
+
+    /// Stores the bag under that name, in place of what was there. On failure (folder not writable, disk
+    /// full, lock not available) the stored content is the old one. A file that does not parse is kept beside
+    /// as `NAME.xml.damaged`.
+    virtual bk2::error_code_t writeBag(const std::string& name, const bk2::variant_bag_t& bag) = 0;
+
+    /// Reads the bag of that name (empty if there is none), lets `change` alter it and stores the result, all
+    /// under the lock: concurrent changes of different entries of one bag are all kept. `change` must not
+    /// write to a storage.
+    virtual bk2::error_code_t changeBag(const std::string& name,
+                                        const std::function<void(bk2::variant_bag_t&)>& change) = 0;
+
+    /// The storage below this one; comes to life on its first write. Null for a name that `open` would
+    /// refuse.
+    virtual bk2::sptr_t<IPropertyStorage> getSubStorage(const std::string& name) = 0;
+};
+
+} // namespace settingshub2

@@ -1,0 +1,90 @@
+// The formats of a column and the texts of its cells.
+
+#include "basekit/assertion.h"
+#include "dataface/formatter.h"
+#include "gridmodel/gridcolumn.h"
+#include "gridmodel/percent_base.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace panedeck {
+
+using bk2::variant_t;
+using dataface1::Formatter;
+using dataface1::IInfoQuery;
+
+namespace {
+
+/// The first of the formats that is, or is not, a percent format.
+std::string firstFormat(const std::vector<std::string>& formats, bool percent, const char* otherwise) {
+    const auto found = std::find_if(formats.begin(), formats.end(), [percent](const std::string& format) {
+        return Formatter::isPercentFormat(format) == percent;
+    });
+    return found == formats.end() ? otherwise : *found;
+}
+
+} // namespace
+
+void GridColumn::initColumnFormats() {
+    initAvailableFormats();
+    const bool wantsPercent = (m_columnInfo->getFlags() & dataface1::column_difference) != 0;
+    std::string format = dataface1::getFormat(*m_columnInfo, nullptr);
+    if (Formatter::isPercentFormat(format) != wantsPercent)
+        format = firstFormat(Formatter::getAvailableFormats(m_query), wantsPercent,
+                             wantsPercent ? "percent" : "text");
+    m_formats.assign(1, format);
+
+    const auto queryFormats = Formatter::getQueryFormats(m_columnInfo->getQuery());
+    if (queryFormats.size() > 1)
+        m_formats.insert(m_formats.end(), queryFormats.begin() + 1, queryFormats.end());
+}
+
+void GridColumn::initAvailableFormats() {
+    if (!m_isCollapsible) return;
+    const bool offersPercent = (m_columnInfo->getFlags() & dataface1::column_difference) != 0;
+    for (const std::string& id : Formatter::getAvailableFormats(m_query)) {
+        if (Formatter::isPercentFormat(id) && !offersPercent) continue;
+        const std::string displayName = m_catalog ? m_catalog->text("%" + id) : std::string();
+        m_availableFormats[id] = id == "percent_by"
+                                     ? std::make_shared<GridColumnPercentByFormat>(id, displayName, m_query)
+                                     : std::make_shared<GridColumnFormat>(id, displayName);
+    }
+}
+
+const std::string& GridColumn::getFormat(int level) const {
+    const auto last = static_cast<int>(m_formats.size()) - 1;
+    return m_formats[static_cast<std::size_t>(std::clamp(level, 0, last))];
+}
+
+void GridColumn::formatCell(const dataface1::ITableRow& row, std::string& text, int level) const {
+    const bool isGrouping = (m_columnInfo->getFlags() & dataface1::column_grouping) != 0;
+    const auto query = isGrouping ? dataface1::throughVector(row.getQuery()) : m_query;
+    variant_t value;
+    const bool status = row.getValue(m_columnInfo.get(), dataface1::cell_value, value);
+    PANEDECK_EXPECT(status, "status");
+    const auto info = value.is_null() ? IInfoQuery::cast(query) : nullptr;
+    if (info) {
+        text = info->getAliasForUnknown();
+        return;
+    }
+    Formatter formatter(query);
+    formatter.setCurrentFormat(getFormat(level));
+    if (Formatter::isPercentFormat(getFormat(level))) {
+        formatter.setSumOfValues(percentBase(row, getFormat(level)));
+        formatter.setTotalMaxValue(std::fabs(Formatter::varToDouble(getAbsMaxValue(*m_columnInfo))));
+    }
+    formatter.format(value, text);
+}
+
+bk2::variant_t GridColumn::percentBase(const dataface1::ITableRow& row, const std::string& format) const {
+    if (m_hasBaseRows || format == "percent_by")
+        return panedeck::percentBase(&row, m_columnInfo.get(), format);
+    if (!std::exchange(m_hasBaseTotal, true) &&
+        !findPercentBaseColumn(*m_columnInfo)->getAttribute(dataface1::column_total_value, m_baseTotal))
+        m_baseTotal.free_data();
+    return m_baseTotal;
+}
+
+} // namespace panedeck

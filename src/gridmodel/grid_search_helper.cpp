@@ -1,0 +1,136 @@
+#include "gridmodel/grid_search_helper.h"
+
+#include "basekit/assertion.h"
+#include "gridmodel/gridmodel.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace panedeck {
+
+namespace {
+
+using bk2::variant_bag_t;
+using bk2::variant_t;
+
+bool startsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
+}
+
+int countCharacters(std::string_view text) {
+    return static_cast<int>(std::count_if(text.begin(), text.end(), startsCharacter));
+}
+
+/// True if both ends of the match lie between characters.
+bool isWholeCharacters(std::string_view text, std::size_t begin, std::size_t end) {
+    return startsCharacter(text[begin]) && (end == text.size() || startsCharacter(text[end]));
+}
+
+} // namespace
+
+ISearchHelper::~ISearchHelper() = default;
+
+std::shared_ptr<ISearchHelper> ISearchHelper::create() {
+    return std::make_shared<GridSearchHelper>();
+}
+
+void GridSearchHelper::reset() {
+    m_foundCells.clear();
+    m_searchKey.clear();
+    m_foundItemCount = 0;
+}
+
+void GridSearchHelper::search(int row, int column, const std::string& text, const ustring8& key) {
+    if (key.empty() || text.size() < key.size()) return;
+    const std::string folded = portkit2::lower_case(text);
+    FoundCell cell{row, column, {}};
+    std::size_t counted = 0;
+    int characters = 0;
+    for (std::size_t at = folded.find(key); at != std::string::npos;) {
+        if (!isWholeCharacters(folded, at, at + key.size())) {
+            at = folded.find(key, at + 1);
+            continue;
+        }
+        characters += countCharacters(std::string_view(folded).substr(counted, at - counted));
+        counted = at;
+        cell.entries.push_back({characters, characters + countCharacters(key), ++m_foundItemCount});
+        at = folded.find(key, at + key.size());
+    }
+    if (!cell.entries.empty()) m_foundCells.push_back(std::move(cell));
+}
+
+bk2::error_code_t GridSearchHelper::search(const GridModel* model, const GridRowContainer& rows,
+                                           const std::vector<std::shared_ptr<GridColumn>>& columns,
+                                           const std::string& key, notifykit2::IProgress* progress) {
+    reset();
+    if (key.empty()) return bk2::error_code_t::success();
+    PANEDECK_REQUIRE(portkit2::is_valid_utf8(key), "is_valid_utf8(key)", bk2::kinds::is_not_valid_argument,
+                     "searchKey");
+    m_searchKey = key;
+    const ustring8 lowerKey = portkit2::lower_case(key);
+    std::string text;
+    for (int index = rows.startIndex(); index < rows.endIndex(); ++index) {
+        const auto row = model->getRowByIndex(index);
+        PANEDECK_REQUIRE(row, "row", bk2::kinds::is_not_valid_state, "row");
+        const int level = model->getRowLevel(index);
+        for (const auto& column : columns) {
+            PANEDECK_REQUIRE(column, "column", bk2::kinds::is_not_valid_state, "column");
+            column->formatCell(*row, text, level);
+            search(index, column->getIndex(), text, lowerKey);
+        }
+        if (notifykit2::is_canceled(progress)) {
+            reset();
+            return bk2::error_code_t::canceled();
+        }
+    }
+    return bk2::error_code_t::success();
+}
+
+std::size_t GridSearchHelper::firstCellFrom(int row) const {
+    const auto place = std::lower_bound(m_foundCells.begin(), m_foundCells.end(), row,
+                                        [](const FoundCell& cell, int first) { return cell.row < first; });
+    return static_cast<std::size_t>(place - m_foundCells.begin());
+}
+
+void GridSearchHelper::saveToVBag(int startRow, int rowCount, bk2::variant_bag_t& bag) const {
+    if (!m_searchKey.empty()) {
+        bag.put<variant_t>("searchKey", variant_t(m_searchKey));
+        bag.put<variant_t>("foundItemCount", variant_t(static_cast<bk2::u64_t>(m_foundItemCount)));
+    }
+    if (m_foundItemCount == 0) return;
+    const std::int64_t endRow = std::int64_t{startRow} + rowCount;
+    const std::size_t first = firstCellFrom(startRow);
+    if (first > 0)
+        saveSingleItemToVBag(m_foundCells[first - 1], bag.add_variant_bag("previous"));
+    else if (m_foundCells.back().row >= endRow)
+        saveSingleItemToVBag(m_foundCells.back(), bag.add_variant_bag("previous"));
+
+    std::size_t after = first;
+    if (first < m_foundCells.size()) {
+        variant_bag_t& cells = bag.add_variant_bag("cells");
+        cells.put<variant_t>("arrayOf", variant_t::borrow("cell"));
+        for (; after < m_foundCells.size() && m_foundCells[after].row < endRow; ++after)
+            saveSingleItemToVBag(m_foundCells[after], cells);
+    }
+    if (after < m_foundCells.size())
+        saveSingleItemToVBag(m_foundCells[after], bag.add_variant_bag("next"));
+    else if (m_foundCells.front().row < startRow)
+        saveSingleItemToVBag(m_foundCells.front(), bag.add_variant_bag("next"));
+}
+
+void GridSearchHelper::saveSingleItemToVBag(const FoundCell& cell, bk2::variant_bag_t& bag) {
+    variant_bag_t& cellBag = bag.add_variant_bag("cell");
+    cellBag.put<variant_t>("rowIndex", variant_t(cell.row));
+    cellBag.put<variant_t>("columnIndex", variant_t(cell.column));
+    variant_bag_t& entries = cellBag.add_variant_bag("entries");
+    entries.put<variant_t>("arrayOf", variant_t::borrow("entry"));
+    for (const Hit& hit : cell.entries) {
+        variant_bag_t& entry = entries.add_variant_bag("entry");
+        entry.put<variant_t>("startPosition", variant_t(hit.startPosition));
+        entry.put<variant_t>("endPosition", variant_t(hit.endPosition));
+        entry.put<variant_t>("foundItemNumber", variant_t(static_cast<bk2::u64_t>(hit.foundItemNumber)));
+    }
+}
+
+} // namespace panedeck

@@ -1,0 +1,180 @@
+#include "gridmodel/chainrow.h"
+#include "gridmodel/grid_state_guard.h"
+#include "gridmodel/gridmodel.h"
+#include "logkit/component_logger.h"
+
+#include <utility>
+
+namespace panedeck {
+
+void GridModel::expandRow(int row, bool expand, notifykit2::IProgress* progress) {
+    m_searchHelper.reset();
+    // Another request may replace the parameters while the lock is given up.
+    GridViewParams params = m_viewParams;
+    const ExpandedRows expanded = onExpandRow(row, expand, progress);
+    params.expandedRow = expanded.row;
+    params.expandedCount = expanded.gained;
+    m_viewParams = std::move(params);
+}
+
+ExpandedRows GridModel::onExpandRow(int row, bool expand, notifykit2::IProgress* progress) {
+    if (!isRowValid(row)) {
+        logkit1::log(logkit1::level_t::error, "GridModel::onExpandRow: Incorrect row id is specified");
+        return {};
+    }
+    const std::uint64_t id = getRowId(row);
+    ExpandingGuard showsWaiting(m_expandingRows, id);
+    const RowPtr rowPtr = getRowByIndex(row);
+    if (!rowPtr) return {};
+
+    preloadChildRows(rowPtr, progress);
+    if (notifykit2::is_canceled(progress)) return {};
+    // The rows may have moved meanwhile. A row that left the window stays closed; its children are loaded.
+    const int index = getRowIndexById(row, id, false);
+    if (!isRowValid(index)) return {};
+    if (!expand) return collapse(index, rowPtr, progress);
+    const ExpandedRows opened = Model::onExpandRow(index, true, progress);
+    return notifykit2::is_canceled(progress) ? ExpandedRows{} : opened;
+}
+
+ExpandedRows GridModel::collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress) {
+    // The block that is about to vanish holds all selected rows below this one: what was closed before gave
+    // its selection up.
+    SelectedItems<RowPtr>::Set hidden;
+    for (int below = row + 1, end = row + calcSubItems(row); below <= end; ++below)
+        if (m_selectedRows->isSelected(getRowByIndex(below))) hidden.insert(getRowByIndex(below));
+    Model::onExpandRow(row, false, progress);
+    if (notifykit2::is_canceled(progress)) return {};
+    if (!hidden.empty()) moveSelectionFromChildrenToCollapsedParent(hidden, rowPtr);
+    return {};
+}
+
+void GridModel::moveSelectionFromChildrenToCollapsedParent(const SelectedItems<RowPtr>::Set& hidden,
+                                                           const RowPtr& parent) {
+    m_selectedRows->replaceIf([&](const RowPtr& row) { return hidden.contains(row); }, parent);
+    // Its sums are those of another selection now.
+    m_footerRow.reset();
+}
+
+bool GridModel::preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
+    bk2::iterator_ptr_t<RowPtr> children;
+    if (!row) {
+        DBLock reading(*this);
+        return m_tree && m_tree->getRows(progress);
+    }
+    const int status = row->getChildRows(children, progress, false);
+    if (status == dataface1::ITreeNode::ecsfError) return false;
+    if ((status & dataface1::ITreeNode::ecsfAtHand) && m_stackMode != ChainMode)
+        return row->getChildRows(children, progress, true) != dataface1::ITreeNode::ecsfError;
+    DBLock reading(*this);
+    return readChildRows(row, progress);
+}
+
+bool GridModel::readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
+    bk2::iterator_ptr_t<RowPtr> children;
+    if (row->getChildRows(children, progress, true) == dataface1::ITreeNode::ecsfError) return false;
+    if (m_stackMode != ChainMode) return true;
+    // Folding looks down the chain of each new row, later and with the model mutex held: have it read by
+    // then.
+    for (; children && !children->at_end() && !notifykit2::is_canceled(progress); children->next())
+        for (RowPtr link = children->current(); link && !notifykit2::is_canceled(progress);)
+            link = ChainRow::getSingleChildRowOrNull(link);
+    return true;
+}
+
+void GridModel::expandRowsRecursively(notifykit2::IProgress* progress, int levels) {
+    m_searchHelper.reset();
+    GridViewParams params = m_viewParams;
+    const bool finished = openItems(levels, progress);
+    showItems(finished);
+    m_viewParams = std::move(params);
+}
+
+bool GridModel::openItems(int levels, notifykit2::IProgress* progress) {
+    struct Siblings {
+        Item* parent;
+        std::size_t next;
+    };
+    std::vector<Siblings> path{{&root(), 0}};
+    while (!path.empty()) {
+        Siblings& siblings = path.back();
+        if (!siblings.parent->children || siblings.next == siblings.parent->children->size()) {
+            path.pop_back();
+            continue;
+        }
+        Item& item = (*siblings.parent->children)[siblings.next++];
+        if (notifykit2::is_canceled(progress)) return false;
+        if (!openItem(item, progress)) return false;
+        if (levels == 0 || static_cast<int>(path.size()) < levels) path.push_back({&item, 0});
+    }
+    return true;
+}
+
+bool GridModel::openItem(Item& item, notifykit2::IProgress* progress) {
+    if (item.hasChildren && !item.children) {
+        const std::uint64_t generation = m_generation;
+        const RowPtr row = item.data;
+        preloadChildRows(row, progress);
+        // A refresh in between has freed the items.
+        if (generation != m_generation || notifykit2::is_canceled(progress)) return false;
+        const int count = loadItems(item, progress);
+        PANEDECK_EXPECT(count >= 0, "count >= 0");
+        if (count < 0) return true;
+    }
+    item.expanded = true;
+    return true;
+}
+
+void GridModel::showItems(bool finished) {
+    if (finished)
+        rebuildRows(getCurrentRow());
+    else
+        rebuildRowsQuietly();
+}
+
+void GridModel::expandSelectedRows(notifykit2::IProgress* progress) {
+    m_searchHelper.reset();
+    GridViewParams params = m_viewParams;
+    std::vector<Item*> selected;
+    for (int row = 0; row < getRowCount(); ++row)
+        if (isSelected(row)) selected.push_back(getItemByRow(row));
+    for (const RowPtr& row : *m_selectedRows)
+        m_expandingRows.insert(getRowIdByPtr(row.get()));
+    showItems(openSelected(selected, progress));
+    m_viewParams = std::move(params);
+}
+
+bool GridModel::openSelected(const std::vector<Item*>& selected, notifykit2::IProgress* progress) {
+    for (auto item = selected.rbegin(); item != selected.rend(); ++item) {
+        if (notifykit2::is_canceled(progress)) return false;
+        const std::uint64_t generation = m_generation;
+        const std::uint64_t id = getRowIdByPtr((*item)->data.get());
+        const bool opened = openItem(**item, progress);
+        m_expandingRows.erase(id);
+        if (!opened || generation != m_generation) return false;
+    }
+    return true;
+}
+
+void GridModel::collapseAllRows(notifykit2::IProgress* progress) {
+    m_searchHelper.reset();
+    if (notifykit2::is_canceled(progress)) return;
+    SelectedItems<RowPtr>::Set remaining;
+    RowPtr top;
+    bool moved = false;
+    for (int row = 0; row < getRowCount(); ++row) {
+        Item& item = *getItemByRow(row);
+        if (getRowLevel(row) == 0) top = item.data;
+        if (m_selectedRows->isSelected(item.data)) {
+            moved = moved || getRowLevel(row) > 0;
+            remaining.insert(top);
+        }
+        if (getRowState(row) == RowExpanded) item.expanded = false;
+    }
+    rebuildRows(getCurrentRow());
+    if (!moved) return;
+    m_selectedRows->assign(std::move(remaining));
+    m_footerRow.reset();
+}
+
+} // namespace panedeck

@@ -1,0 +1,164 @@
+#include "gridmodel/chainrow.h"
+#include "gridmodel/gridmodel.h"
+
+#include <algorithm>
+
+namespace panedeck {
+
+namespace {
+
+using RowPtr = GridModel::RowPtr;
+
+/// The provider's rows that a visible row stands for, from the topmost on.
+std::vector<RowPtr> providerRows(const RowPtr& row) {
+    const auto chain = bk2::interface_cast<ChainRow>(row);
+    return chain ? chain->chainedRows() : std::vector<RowPtr>{row};
+}
+
+std::set<bk2::variant_t>& keysOfLevel(GridRowState& state, int level) {
+    const auto index = static_cast<std::size_t>(level);
+    if (state.expandedKeys.size() <= index) state.expandedKeys.resize(index + 1);
+    return state.expandedKeys[index];
+}
+
+bool isOpen(const GridRowState& state, int level, const bk2::variant_t& key) {
+    const auto index = static_cast<std::size_t>(level);
+    return index < state.expandedKeys.size() && state.expandedKeys[index].count(key) != 0;
+}
+
+} // namespace
+
+bool GridModel::rowKey(const dataface1::ITableRow& row, const dataface1::IColumnInfo& groupingColumn,
+                       bk2::variant_t& key) const {
+    // Objects of two results have no identity in common, only their values.
+    const int contents = m_extraVersionText.empty() ? dataface1::cell_object_id : dataface1::cell_value;
+    if (!row.getValue(&groupingColumn, contents, key)) return false;
+    // The key outlives the tree that a borrowed text belongs to.
+    if (key.tag() == bk2::vt_text_ref) key = bk2::variant_t(key.text());
+    return true;
+}
+
+void GridModel::saveGridRowState(GridRowState& state, notifykit2::IProgress* progress) const {
+    const auto groupingColumn = getGroupingColumn();
+    if (!groupingColumn) return;
+    // The provider's level behind each visible row on the way down: a folded row stands for several.
+    std::vector<int> levelBelow;
+    for (int row = 0; row < getRowCount() && !notifykit2::is_canceled(progress); ++row) {
+        levelBelow.resize(static_cast<std::size_t>(getRowLevel(row)));
+        const int front = levelBelow.empty() ? 0 : levelBelow.back();
+        int level = front;
+        for (const RowPtr& provided : providerRows(getRowByIndex(row))) {
+            bk2::variant_t key;
+            const bool known = rowKey(*provided, *groupingColumn, key);
+            auto& keys = keysOfLevel(state, level);
+            if (row == getCurrentRow() && level == front) {
+                state.focusKey = key;
+                state.focusLevel = known ? level : -1;
+            }
+            ++level;
+            if (getRowState(row) != RowExpanded) break;
+            if (known) keys.insert(key);
+        }
+        levelBelow.push_back(level);
+    }
+}
+
+/// Puts a saved state back into new items, level by level, so that each level takes the database lock once.
+class GridModel::StateRestoration {
+public:
+    StateRestoration(GridModel& grid, const GridRowState& state, notifykit2::IProgress* progress)
+        : m_grid(grid), m_state(state), m_progress(progress), m_groupingColumn(grid.getGroupingColumn()) {}
+
+    void run() {
+        std::vector<Place> level;
+        addChildren(m_grid.root(), 0, level);
+        while (!level.empty()) {
+            std::vector<Place> open = selectOpen(level);
+            level.clear();
+            if (!preload(open)) return;
+            for (const Place& place : open)
+                openItem(place, level);
+        }
+        m_grid.showItems(true);
+        // A row that is folded away has no index of its own: the first one stands for it.
+        if (m_focusFound)
+            m_grid.m_selectedRows->setCurrentRow(m_focus ? std::max(m_grid.visibleRow(*m_focus), 0) : 0);
+    }
+
+private:
+    /// An item and the provider's level of its first row.
+    struct Place {
+        Item* item;
+        int level;
+        int levelBelow; ///< -1 if the walk ends within a folded row
+    };
+
+    static void addChildren(Item& parent, int level, std::vector<Place>& places) {
+        if (!parent.children) return;
+        for (Item& child : *parent.children)
+            places.push_back({&child, level, -1});
+    }
+
+    std::vector<Place> selectOpen(std::vector<Place>& places) {
+        std::vector<Place> open;
+        for (Place& place : places) {
+            if (notifykit2::is_canceled(m_progress)) break;
+            if (match(place)) open.push_back(place);
+        }
+        return open;
+    }
+
+    /// True if the item's first row was open. Looks at the further rows of a chain as far as they were.
+    bool match(Place& place) {
+        int level = place.level;
+        for (const RowPtr& row : providerRows(place.item->data)) {
+            bk2::variant_t key;
+            if (!m_grid.rowKey(*row, *m_groupingColumn, key)) return level > place.level;
+            if (level == m_state.focusLevel && key == m_state.focusKey)
+                noteFocus(*place.item, level == place.level);
+            if (!isOpen(m_state, level, key)) return level > place.level;
+            ++level;
+        }
+        place.levelBelow = level;
+        return true;
+    }
+
+    void noteFocus(const Item& item, bool visible) {
+        m_focus = visible ? &item : nullptr;
+        m_focusFound = true;
+    }
+
+    /// Makes the provider read what is missing of one level; false if the items are gone.
+    bool preload(const std::vector<Place>& places) {
+        std::vector<RowPtr> rows;
+        for (const Place& place : places)
+            if (!place.item->children) rows.push_back(place.item->data);
+        if (rows.empty()) return true;
+        const std::uint64_t generation = m_grid.m_generation;
+        DBLock reading(m_grid);
+        for (const RowPtr& row : rows)
+            if (!notifykit2::is_canceled(m_progress)) m_grid.readChildRows(row, m_progress);
+        return generation == m_grid.m_generation;
+    }
+
+    void openItem(const Place& place, std::vector<Place>& next) {
+        if (notifykit2::is_canceled(m_progress)) return;
+        if (m_grid.loadItems(*place.item, m_progress) <= 0) return;
+        place.item->expanded = true;
+        if (place.levelBelow >= 0) addChildren(*place.item, place.levelBelow, next);
+    }
+
+    GridModel& m_grid;
+    const GridRowState& m_state;
+    notifykit2::IProgress* m_progress;
+    bk2::sptr_t<dataface1::IColumnInfo> m_groupingColumn;
+    const Item* m_focus = nullptr; ///< null for a row that is folded away
+    bool m_focusFound = false;
+};
+
+void GridModel::restoreGridRowState(const GridRowState& state, notifykit2::IProgress* progress) {
+    if (state.expandedKeys.empty() || !getGroupingColumn()) return;
+    StateRestoration(*this, state, progress).run();
+}
+
+} // namespace panedeck

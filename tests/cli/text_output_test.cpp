@@ -1,0 +1,105 @@
+#include "grid_answer.h"
+#include "pane_frames.h"
+#include "text_table.h"
+
+#include <gtest/gtest.h>
+
+namespace panedeck::cli {
+namespace {
+
+using bk2::variant_bag_t;
+using bk2::variant_t;
+
+TEST(TextTable, SetsNamesLeftAndNumbersRight) {
+    TextTable table({"Name", "Total"}, 12);
+    table.add_row({"größer", "5"});
+    table.add_row({"a very long name", "12345678"});
+    table.add_row({"\x1b[31m\n"});
+    EXPECT_EQ(table.text(), "Name             Total\n"
+                            "------------  --------\n"
+                            "größer               5\n"
+                            "a very long…  12345678\n"
+                            "?[31m?\n");
+}
+
+variant_bag_t& add_column(variant_bag_t& columns, const char* id, const char* name) {
+    variant_bag_t& column = columns.add_variant_bag("column");
+    column.put("id", variant_t(id));
+    column.put("fullName", variant_t(name));
+    return column;
+}
+
+TEST(GridAnswer, ShowsLeafColumnsRawValuesAndWhetherThereIsMore) {
+    variant_bag_t answer;
+    variant_bag_t& columns = answer.add_variant_bag("columns");
+    add_column(columns, "c0", "Function");
+    variant_bag_t& compared = add_column(columns, "c1", "time").add_variant_bag("columns");
+    add_column(compared, "c2", "time:First");
+    add_column(compared, "c3", "second");
+    variant_bag_t& row = answer.add_variant_bag("rows").add_variant_bag("row").add_variant_bag("cells");
+    row.add_variant_bag("c0").put("value", variant_t("main"));
+    row.add_variant_bag("c1");
+    row.add_variant_bag("c2").put("value", variant_t(bk2::s64_t{1} << 60));
+    row.add_variant_bag("c3").put("value", variant_t(0.5));
+    answer.put_own_value("fullContent", variant_t(false));
+    std::string text;
+    ASSERT_TRUE(grid_answer_as_text(answer, text).succeeded());
+    EXPECT_EQ(text, "Function           time:First  time / second\n"
+                    "--------  -------------------  -------------\n"
+                    "main      1152921504606846976            0.5\n"
+                    "… and more rows\n");
+}
+
+TEST(GridAnswer, AnEmptyAnswerIsNoFailureAndAnotherOneIs) {
+    std::string text;
+    EXPECT_TRUE(grid_answer_as_text({}, text).succeeded());
+    EXPECT_EQ(text, "The profile has no rows.\n");
+    variant_bag_t other;
+    other.put("x", variant_t(1));
+    EXPECT_TRUE(grid_answer_as_text(other, text).failed());
+}
+
+TEST(PaneFrames, WritesRequests) {
+    variant_bag_t parameters;
+    parameters.put_own_value("grouping", variant_t("/Function"));
+    EXPECT_EQ(
+        write_request_frame("7", "grid:get", parameters),
+        "<msg><request><id>7</id><type>grid:get</type><grouping><_>/Function</_></grouping></request></msg>");
+}
+
+TEST(PaneFrames, TakesAnswersOfBothForms) {
+    const struct {
+        const char* frame;
+        const char* id;
+        int outcome;
+        const char* text;
+    } cases[] = {
+        {"<msg><response><requestId>1</requestId><type>grid:get</type><_><a>x</a></_></response></msg>", "1",
+         0, "x"},
+        {R"({"response":{"requestId":"2","serializeAsJson":null,"type":"options:get","":{"a":"x"}}})", "2", 0,
+         "x"},
+        {R"({"response":{"requestId":"3","type":"error","":{"text":"FailedTo: see"}}})", "3", -1,
+         "FailedTo: see"},
+        {R"({"response":{"requestId":"4","type":"canceled"}})", "4", -1, ""},
+        {R"({"response":{"requestId":"5","type":"options:set","":null}})", "5", 0, ""},
+    };
+    for (const auto& entry : cases) {
+        variant_bag_t message;
+        ASSERT_TRUE(read_pane_frame(entry.frame, message).succeeded()) << entry.frame;
+        EXPECT_EQ(response_id(message), entry.id);
+        EXPECT_EQ(event_name(message), "");
+        variant_bag_t answer;
+        const auto result = take_answer(message, answer);
+        EXPECT_EQ(result.value(), entry.outcome);
+        EXPECT_EQ(result.failed() ? result.message() : answer.get_variant("a").text(), entry.text);
+    }
+    variant_bag_t message;
+    ASSERT_TRUE(
+        read_pane_frame("<msg><event><name>relay:libraryLost</name></event></msg>", message).succeeded());
+    EXPECT_EQ(event_name(message), "relay:libraryLost");
+    EXPECT_EQ(response_id(message), "");
+    EXPECT_TRUE(read_pane_frame("neither", message).failed());
+}
+
+} // namespace
+} // namespace panedeck::cli

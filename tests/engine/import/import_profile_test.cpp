@@ -1,0 +1,196 @@
+#include "engine/import/import_fixture.h"
+#include "support/temporary_folder.h"
+
+#include <zlib.h>
+
+#include <fstream>
+
+namespace panedeck::engine::tests {
+namespace {
+
+using panedeck::tests::TemporaryFolder;
+
+std::string gzipped(const std::string& text) {
+    z_stream stream{};
+    EXPECT_EQ(deflateInit2(&stream, 6, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY), Z_OK);
+    std::string packed(deflateBound(&stream, text.size()) + 64, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+    stream.avail_in = static_cast<uInt>(text.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+std::string manyLines(int count) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += "main;f" + std::to_string(i % 100) + ";g" + std::to_string(i % 1000) + " 1\n";
+    return text;
+}
+
+TEST(ImportProfile, reads_gzip) {
+    checkCases({
+        {"one member", gzipped("a;b 1\n"), "a\n b 1\n"},
+        {"several members, cut inside a line", gzipped("a;b 1\na;") + gzipped("c 2\n") + gzipped(""),
+         "a\n b 1\n c 2\n"},
+        {"zeros behind the end", gzipped("a;b 1\n") + std::string(1000, '\0'), "a\n b 1\n"},
+        {"UTF-8 mark inside",
+         gzipped("\xEF\xBB\xBF"
+                 "a;b 1\n"),
+         "a\n b 1\n"},
+        {"nothing", gzipped(""), "file:1: the file is empty"},
+        {"other bytes behind the end", gzipped("a;b 1\n") + "rubbish",
+         "file:2: the gzip data is damaged: incorrect header check"},
+        {"gzip in gzip is no text", gzipped(gzipped("a;b 1\n")),
+         "file:1: this is binary data and no profile of a known format"},
+    });
+}
+
+TEST(ImportProfile, refuses_gzip_that_is_cut_or_damaged_anywhere) {
+    const std::string packed = gzipped("a;b 1\na;c 2\nd;e;f 3\n");
+    for (std::size_t size = 2; size < packed.size(); ++size)
+        EXPECT_NE(importText(packed.substr(0, size)).message().find("the gzip data ends in the middle"),
+                  std::string::npos)
+            << size;
+    for (std::size_t at = packed.size() - 8; at < packed.size(); ++at) {
+        std::string damaged = packed;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x55);
+        EXPECT_NE(importText(damaged).message().find("the gzip data is damaged"), std::string::npos) << at;
+    }
+}
+
+TEST(ImportProfile, names_the_line_up_to_which_damaged_gzip_was_read) {
+    const std::string text = manyLines(100'000);
+    const std::string packed = gzipped(text);
+    const Imported imported = importText(packed.substr(0, packed.size() - 4));
+    EXPECT_EQ(imported.message(), "file:100001: the gzip data ends in the middle");
+}
+
+TEST(ImportProfile, limits_what_gzip_unpacks_to) {
+    ImportLimits limits;
+    limits.unpacked_bytes = 1'000'000;
+    limits.line_bytes = 1000;
+    const Imported bomb = importText(gzipped("a;b 1\n" + std::string(20'000'000, 'x')), limits);
+    EXPECT_EQ(bomb.message(), "file:2: the text is longer than 1000000 bytes");
+}
+
+TEST(ImportProfile, tells_formats_by_content) {
+    struct FormatCase {
+        const char* name;
+        std::string text;
+        const char* format; ///< or the failure's message
+    };
+    const char unknown[] =
+        "file:1: this is no profile of a known format (V8 CPU profile, perf script, folded stacks)";
+    const char binary[] = "file:1: this is binary data and no profile of a known format";
+    const std::vector<FormatCase> cases = {
+        {"folded", "a;b 1\n", "folded stacks"},
+        {"folded, single frames", "a 1\nb 2\n", "folded stacks"},
+        {"folded, one whole stack among noise", "x\ny\nz\nu\na;b 1\n", "folded stacks"},
+        {"folded, one line without end", "a 1", "folded stacks"},
+        {"folded, a first line beyond what is looked at", "a;" + std::string(400'000, 'x') + " 1\n",
+         "folded stacks"},
+        {"folded, many comments", "a;b 1\n" + std::string(400'000, '#') + "\n", "folded stacks"},
+        {"folded with a name in braces", "{main};f 1\n", "folded stacks"},
+        {"perf", "p 1 1.5: 3 e:\n\t1 a (m)\n", "perf script"},
+        {"perf that begins in the middle", "\t1 a (m)\n\np 1 1.5: 3 e:\n\t1 a (m)\n", "perf script"},
+        {"perf with words that end in a number", "p 1 1.5: 3 e: a;b 12\n\n", "perf script"},
+        {"V8", "\n { \"nodes\":[{\"id\":1}],\"samples\":[1]}", "V8 CPU profile"},
+        {"empty", "", "file:1: the file is empty"},
+        {"only a byte order mark", "\xEF\xBB\xBF", "file:1: the file is empty"},
+        {"only blank lines", "\n\n  \n", unknown},
+        {"prose", "Some words.\n\nThe year was 1999\nand nothing else; it was 5 o'clock.\nEnd.\n", unknown},
+        {"another kind of JSON", "[{\"nodes\":[]}]", unknown},
+        {"a table of numbers", "fn=(1) main\n16 4\n+3 4\n+5 9\n-2 8\n* 4\n", unknown},
+        {"a log", "2024-01-01 12:00:00 started\n2024-01-01 12:00:01 connection 5\n", unknown},
+        {"zeros", std::string(100, '\0'), binary},
+        {"a program",
+         std::string("\x7F"
+                     "ELF\2\1\1\0\0\0\0\0a;b 1\n",
+                     18),
+         binary},
+        {"control characters", "\1\2\3\4\5\6 a;b 1\n", binary},
+        {"a zero after text", std::string("a;b 1\n\0", 7), binary},
+    };
+    for (const FormatCase& test : cases) {
+        const Imported imported = importText(test.text);
+        EXPECT_EQ(imported.error.failed() ? imported.message() : imported.report.format, test.format)
+            << test.name;
+    }
+    EXPECT_EQ(importText("# a\n\n  text\n").message().substr(0, 7), "file:3:");
+}
+
+TEST(ImportProfile, names_files_that_cannot_be_read) {
+    const TemporaryFolder folder;
+    ProfileData profile;
+    ImportReport report;
+    EXPECT_EQ(importProfile(folder / "none", profile, report, nullptr).message(),
+              (folder / "none") + ":1: cannot be opened: No such file or directory");
+    EXPECT_EQ(importProfile(folder.path(), profile, report, nullptr).message(),
+              folder.path() + ":1: cannot be read: Is a directory");
+}
+
+/// Counts what it is told, and asks to stop at a given call of `is_canceled`.
+class StoppingProgress final : public notifykit2::IProgress {
+public:
+    explicit StoppingProgress(int stop_at) : m_stop_at(stop_at) {}
+
+    void start(const std::string&, std::uint64_t size) override { total = size; }
+    void advance_to(std::uint64_t position) override { done = position; }
+    void cancel() override { m_stop_at = 0; }
+    bool is_canceled() const override { return ++polls > m_stop_at; }
+    void add_ref() const override {}
+    void release() const override {}
+
+    mutable int polls = 0;
+    std::uint64_t total = 0;
+    std::uint64_t done = 0;
+
+private:
+    int m_stop_at;
+};
+
+TEST(ImportProfile, stops_wherever_it_is_canceled) {
+    std::string v8 = "{\"nodes\":[{\"id\":1,\"callFrame\":{\"functionName\":\"a\"}}],\"samples\":[1";
+    for (int i = 0; i < 300'000; ++i)
+        v8 += ",1";
+    std::string perf;
+    for (int i = 0; i < 50'000; ++i)
+        perf += "p 1 1.5: 1 e:\n\t1 a (m)\n\n";
+    for (const std::string& text : {manyLines(100'000), perf, v8 + "]}"}) {
+        int stop_at = 0;
+        for (bool stopped = true; stopped; ++stop_at) {
+            StoppingProgress progress(stop_at);
+            ProfileData profile;
+            ImportReport report;
+            const auto error = importProfileBytes(text, "file", profile, report, &progress);
+            stopped = error.failed();
+            EXPECT_EQ(stopped, error.is_canceled()) << error.as_string(1);
+            EXPECT_EQ(profile.sample_records() == 0, stopped);
+            if (stopped) continue;
+            EXPECT_EQ(progress.total, text.size());
+            EXPECT_EQ(progress.done, text.size());
+        }
+        EXPECT_GT(stop_at, 4);
+    }
+}
+
+TEST(ImportProfile, reads_a_file_in_pieces_as_it_reads_memory) {
+    const TemporaryFolder folder;
+    const std::string text = manyLines(200'000);
+    std::ofstream(folder / "plain", std::ios::binary) << text;
+    std::ofstream(folder / "packed", std::ios::binary) << gzipped(text);
+    const Imported expected = importText(text);
+    for (const char* name : {"plain", "packed"}) {
+        Imported imported;
+        imported.error = importProfile(folder / name, imported.profile, imported.report, nullptr);
+        EXPECT_EQ(treeOf(imported), treeOf(expected)) << name;
+        EXPECT_EQ(imported.report.records_read, 200'000u) << name;
+    }
+}
+
+} // namespace
+} // namespace panedeck::engine::tests

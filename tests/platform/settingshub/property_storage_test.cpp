@@ -1,0 +1,215 @@
+#include "basekit/variant_bag_xml.h"
+#include "logkit/component_logger.h"
+#include "settingshub/file_lock.h"
+#include "settingshub/global_storage.h"
+#include "settingshub/product_locations.h"
+#include "settingshub/property_storage.h"
+#include "support/environment_guard.h"
+#include "support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <fstream>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace settingshub2 {
+namespace {
+
+using bk2::variant_bag_t;
+using bk2::variant_t;
+using panedeck::tests::TemporaryFolder;
+
+std::atomic<int> logged_lines{0};
+
+void count_line(logkit1::level_t, std::string_view) {
+    ++logged_lines;
+}
+
+class PropertyStorageTest : public testing::Test {
+protected:
+    void SetUp() override {
+        logged_lines = 0;
+        logkit1::set_log_observer(count_line);
+    }
+    void TearDown() override { logkit1::set_log_observer(nullptr); }
+
+    bk2::sptr_t<IPropertyStorage> storage() const {
+        return IPropertyStorage::open(m_folder.path(), "settings");
+    }
+
+    TemporaryFolder m_folder;
+};
+
+variant_bag_t bag_with(const char* name, const variant_t& value) {
+    variant_bag_t bag;
+    bag.put(name, value);
+    return bag;
+}
+
+variant_t stored(const bk2::sptr_t<IPropertyStorage>& storage, const std::string& bag, const char* name) {
+    return storage->readBag(bag, {}).get_variant(name);
+}
+
+TEST_F(PropertyStorageTest, AFreshFolderReadsAsDefaultsInSilence) {
+    EXPECT_EQ(storage()->readBag("none", bag_with("a", 5)).get_variant("a"), variant_t(5));
+    EXPECT_TRUE(storage()->getSubStorage("sub")->readBag("none", {}).is_empty());
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
+    EXPECT_EQ(logged_lines, 0);
+}
+
+TEST_F(PropertyStorageTest, KeepsNamedBagsApart) {
+    ASSERT_TRUE(storage()->writeBag("a b/c<&>", bag_with("x", "text")).succeeded());
+    ASSERT_TRUE(storage()->writeBag("", bag_with("x", true ? 1 : 0)).succeeded());
+    ASSERT_TRUE(storage()->writeBag("a b/c<&>", bag_with("x", "newer")).succeeded());
+    EXPECT_EQ(stored(storage(), "a b/c<&>", "x"), variant_t("newer"));
+    EXPECT_EQ(stored(storage(), "", "x").tag(), bk2::vt_s32);
+    ASSERT_TRUE(storage()->writeBag("", {}).succeeded());
+    EXPECT_TRUE(storage()->readBag("", bag_with("x", 1)).is_empty()) << "stored as empty, not absent";
+}
+
+TEST_F(PropertyStorageTest, SubStoragesAreFilesOfTheirOwnWhateverTheirNames) {
+    const char* names[] = {"sub", "SUB", "../sub", "a/b", ".", "\xff\n", "sub%2F"};
+    int number = 0;
+    for (const char* name : names) {
+        ASSERT_TRUE(storage()->getSubStorage(name)->writeBag("bag", bag_with("n", number++)).succeeded());
+    }
+    number = 0;
+    for (const char* name : names) {
+        EXPECT_EQ(stored(storage()->getSubStorage(name), "bag", "n"), variant_t(number++)) << name;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
+        EXPECT_EQ(entry.path().filename(), "settings") << "nothing is written beside the storage's folder";
+    }
+    EXPECT_FALSE(storage()->getSubStorage(""));
+    EXPECT_FALSE(storage()->getSubStorage(std::string(201, 'x')));
+}
+
+TEST_F(PropertyStorageTest, ADamagedFileReadsAsEmptyAndIsKeptAside) {
+    const std::string path = m_folder / "settings.xml";
+    std::ofstream(path) << "<storage><half";
+    EXPECT_EQ(stored(storage(), "bag", "x"), variant_t());
+    EXPECT_EQ(logged_lines, 1);
+    ASSERT_TRUE(storage()->writeBag("bag", bag_with("x", 1)).succeeded());
+    EXPECT_EQ(stored(storage(), "bag", "x"), variant_t(1));
+    std::string aside;
+    std::getline(std::ifstream(path + ".damaged"), aside);
+    EXPECT_EQ(aside, "<storage><half");
+}
+
+TEST_F(PropertyStorageTest, AFolderThatIsAFileFailsWithItsName) {
+    std::ofstream(m_folder / "settings") << "in the way";
+    const auto result = storage()->getSubStorage("sub")->writeBag("bag", bag_with("x", 1));
+    EXPECT_TRUE(result.failed());
+    EXPECT_NE(result.message().find("settings"), std::string_view::npos);
+}
+
+TEST_F(PropertyStorageTest, ConcurrentWritersInTwoProcessesLoseNothing) {
+    constexpr int writers = 4; // two in each process
+    constexpr int rounds = 25;
+    const auto write_all = [this](int writer) {
+        for (int round = 0; round < rounds; ++round) {
+            const std::string own = "own" + std::to_string(writer);
+            EXPECT_TRUE(storage()->writeBag(own, bag_with("round", round)).succeeded());
+            EXPECT_TRUE(storage()
+                            ->changeBag("shared",
+                                        [](variant_bag_t& bag) {
+                                            bag.put("count",
+                                                    variant_t(bag.get_variant("count", 0).get<int>() + 1));
+                                        })
+                            .succeeded());
+        }
+    };
+    const auto write_twice = [&](int first) {
+        std::thread second(write_all, first + 1);
+        write_all(first);
+        second.join();
+    };
+    const pid_t child = ::fork();
+    if (child == 0) {
+        write_twice(0);
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    write_twice(2);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    for (int writer = 0; writer < writers; ++writer) {
+        EXPECT_EQ(stored(storage(), "own" + std::to_string(writer), "round"), variant_t(rounds - 1));
+    }
+    EXPECT_EQ(stored(storage(), "shared", "count"), variant_t(writers * rounds));
+}
+
+TEST_F(PropertyStorageTest, AKillAtARandomInstantLeavesAWholeFileAndNoLock) {
+    std::mt19937 random(7);
+    for (int round = 0; round < 25; ++round) {
+        int ready[2];
+        ASSERT_EQ(::pipe(ready), 0);
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int generation = 0;; ++generation) {
+                variant_bag_t bag = bag_with("generation", generation);
+                bag.put("filler", variant_t(std::string(20'000, static_cast<char>('a' + generation % 26))));
+                if (storage()->writeBag("bag", bag).failed()) ::_exit(1);
+                if (generation == 0 && ::write(ready[1], "", 1) != 1) ::_exit(1);
+            }
+        }
+        char byte;
+        ASSERT_EQ(::read(ready[0], &byte, 1), 1);
+        ::usleep(random() % 4000); // any instant will do: the delay is what is random here
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFSIGNALED(status));
+        ::close(ready[0]);
+        ::close(ready[1]);
+
+        const variant_bag_t bag = storage()->readBag("bag", {});
+        const int generation = bag.get_variant("generation", -1).get<int>();
+        ASSERT_GE(generation, 0);
+        ASSERT_EQ(bag.get_variant("filler").text(),
+                  std::string(20'000, static_cast<char>('a' + generation % 26)));
+        ASSERT_TRUE(
+            file_lock_t(m_folder / "settings.lock", std::chrono::milliseconds(0)).result().succeeded());
+    }
+    EXPECT_EQ(logged_lines, 0);
+}
+
+TEST_F(PropertyStorageTest, ALockHeldElsewhereIsAFailureAfterTheWait) {
+    const std::string path = m_folder / "some.lock";
+    const file_lock_t holder(path);
+    ASSERT_TRUE(holder.result().succeeded());
+    const file_lock_t other(path, std::chrono::milliseconds(1));
+    EXPECT_EQ(other.result().message(), path + ": another program holds the lock");
+}
+
+TEST_F(PropertyStorageTest, TheGlobalStorageFollowsTheUserDirectory) {
+    const auto locations = IProductLocations::get();
+    locations->setUserDirectory(m_folder / "user/");
+    EXPECT_EQ(locations->getUserDirectory(), m_folder / "user");
+    ASSERT_TRUE(IGlobalStorage::get()->getSubStorage("pages")->writeBag("bag", bag_with("x", 1)).succeeded());
+    EXPECT_TRUE(std::filesystem::exists(m_folder / "user/global/pages.xml"));
+    locations->setUserDirectory("");
+
+    const panedeck::tests::EnvironmentGuard home("HOME");
+    const panedeck::tests::EnvironmentGuard configuration_home("XDG_CONFIG_HOME");
+    const std::pair<const char*, std::string> environments[] = {
+        {"/somewhere", "/somewhere/panedeck"},
+        {"relative", "/home/of/user/.config/panedeck"},
+        {"", "/home/of/user/.config/panedeck"}};
+    ::setenv("HOME", "/home/of/user", 1);
+    for (const auto& [configuration, expected] : environments) {
+        ::setenv("XDG_CONFIG_HOME", configuration, 1);
+        EXPECT_EQ(locations->getUserDirectory(), expected);
+    }
+    ::unsetenv("HOME");
+    EXPECT_FALSE(IGlobalStorage::get());
+}
+
+} // namespace
+} // namespace settingshub2

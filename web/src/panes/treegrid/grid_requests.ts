@@ -1,0 +1,193 @@
+import {
+    Bag,
+    bool,
+    double,
+    type Plain,
+    RequestCanceled,
+    type RequestClient,
+    s32,
+    text,
+    u64,
+    type Value,
+} from '../../wire/index.js';
+import { type ColumnTree } from './column_tree.js';
+import { type GridAnswer, readGridAnswer } from './grid_answer.js';
+import { type RowRange } from './row_cache.js';
+import { readSearch, type SearchResult } from './search_result.js';
+import { type SelectionStep } from './selection_steps.js';
+
+export type StackMode = 'tree' | 'chain';
+
+/** An object of the profile that other trees are about: its id, and the grouping that the id belongs to. */
+export interface FocusObject {
+    readonly objectId: Plain;
+    readonly grouping: string;
+    readonly name: string;
+}
+
+/** What kind of tree a grid shows. */
+export interface GridQuery {
+    readonly queryType: string;
+    readonly grouping: string;
+    readonly expandLevels: number;
+}
+
+/** A sorting that outlives the columns' numbers. */
+export interface NamedSorting {
+    readonly query: string;
+    readonly queryFlag: number;
+    readonly isDescending: boolean;
+}
+
+/** What a refresh may bring along. */
+export interface RefreshWishes {
+    readonly stackMode: StackMode;
+    readonly focus?: FocusObject | undefined;
+    /** For a host that does not know the grid yet; one that does keeps its own. */
+    readonly sorting?: NamedSorting | undefined;
+}
+
+/** A row by its place, which is a hint, and its id, which counts. */
+export interface RowAddress {
+    readonly row: number;
+    readonly id: string;
+}
+
+/** Milliseconds until a request that the host cancelled is sent again, and how often that is done. */
+const RETRY_PAUSE = 200;
+const MOST_RETRIES = 25;
+
+/** The requests of one grid: each as one function, in the words of the domain `gridview`. */
+export class GridRequests {
+    readonly #client: RequestClient;
+    readonly #gridId: string;
+    readonly #query: GridQuery;
+
+    /** @param gridId names the grid among all grids of all pages that the host serves. */
+    constructor(client: RequestClient, gridId: string, query: GridQuery) {
+        this.#client = client;
+        this.#gridId = gridId;
+        this.#query = query;
+    }
+
+    async refresh(window: RowRange, wishes: RefreshWishes, signal: AbortSignal): Promise<GridAnswer> {
+        const { stackMode, focus, sorting } = wishes;
+        const request = this.#withWindow(this.#bag(), window)
+            .put('queryType', text(this.#query.queryType))
+            .putOwn('stackMode', text(stackMode));
+        request.addChild('columns').putOwn('column', text('/Metrics'));
+        if (focus)
+            request
+                .addChild('focusObjectInfo')
+                .put('objectid', valueOf(focus.objectId))
+                .put('grouping', text(focus.grouping));
+        if (sorting)
+            request
+                .addChild('persistedSorting')
+                .put('query', text(sorting.query))
+                .put('queryFlag', s32(sorting.queryFlag))
+                .put('descending', bool(sorting.isDescending));
+        return readGridAnswer(await this.#ask('refresh', request, signal));
+    }
+
+    async scroll(window: RowRange, signal: AbortSignal): Promise<GridAnswer> {
+        return readGridAnswer(await this.#ask('scroll', this.#withWindow(this.#bag(), window), signal));
+    }
+
+    async expand(address: RowAddress, signal: AbortSignal): Promise<GridAnswer> {
+        return readGridAnswer(await this.#ask('expand', this.#withRow(address), signal));
+    }
+
+    async collapse(address: RowAddress, signal: AbortSignal): Promise<GridAnswer> {
+        return readGridAnswer(await this.#ask('collapse', this.#withRow(address), signal));
+    }
+
+    /** One of the requests that go for many rows. */
+    async bulk(
+        operation: 'expandSelectedRows' | 'collapseAllRows' | 'expandRowsRecursively',
+        signal: AbortSignal,
+    ): Promise<GridAnswer> {
+        return readGridAnswer(await this.#ask(operation, this.#bag(), signal));
+    }
+
+    async sort(column: number, isDescending: boolean, signal: AbortSignal): Promise<GridAnswer> {
+        const request = this.#bag();
+        request.addChild('sorting').put('column', s32(column)).put('descending', bool(isDescending));
+        return readGridAnswer(await this.#ask('sort', request, signal));
+    }
+
+    async changeStackMode(mode: StackMode, signal: AbortSignal): Promise<GridAnswer> {
+        const request = this.#bag().putOwn('stackMode', text(mode));
+        return readGridAnswer(await this.#ask('changeStackMode', request, signal));
+    }
+
+    async select(step: SelectionStep, id: string, signal: AbortSignal): Promise<GridAnswer> {
+        const request = this.#withRow({ row: step.row, id }).putOwn('selectionType', text(step.type));
+        return readGridAnswer(await this.#ask('selection', request, signal));
+    }
+
+    async columnState(tree: ColumnTree, signal: AbortSignal): Promise<void> {
+        const request = this.#bag();
+        request.addChild('columnHierarchy', tree.toBag());
+        await this.#ask('columnState', request, signal);
+    }
+
+    async search(key: string, signal: AbortSignal): Promise<SearchResult> {
+        const answer = await this.#ask('search', this.#bag().putOwn('searchKey', text(key)), signal);
+        return readGridAnswer(answer).search ?? readSearch(null);
+    }
+
+    /** The selected rows as text, a line each, below a line of captions. */
+    async copyRows(signal: AbortSignal): Promise<string> {
+        return (await this.#ask('copyRowsToClipboard', this.#bag(), signal)).text('copiedRows') ?? '';
+    }
+
+    /** Writes all rows to a file of the machine that the host runs on. */
+    async exportToCsv(filePath: string, signal: AbortSignal): Promise<void> {
+        await this.#ask('exportToCsv', this.#bag().putOwn('filePath', text(filePath)), signal);
+    }
+
+    /** Asks again as long as the host cancels in favour of some other request: nobody took this one's place. */
+    async #ask(operation: string, request: Bag, signal: AbortSignal): Promise<Bag> {
+        for (let retry = 0; ; ++retry) {
+            try {
+                return await this.#client.request(`gridview:${operation}`, request, { signal });
+            } catch (failure) {
+                const again =
+                    failure instanceof RequestCanceled && failure.by === 'host' && retry < MOST_RETRIES;
+                if (!again) throw failure;
+            }
+            await new Promise((resolve) => setTimeout(resolve, RETRY_PAUSE));
+        }
+    }
+
+    #bag(): Bag {
+        return new Bag().putOwn('gridid', text(this.#gridId)).putOwn('paneId', text(this.#gridId));
+    }
+
+    /** The host keeps all fields of a window as they come, so the grouping and the levels go with every one. */
+    #withWindow(request: Bag, { start, count }: RowRange): Bag {
+        return request
+            .putOwn('row', s32(start))
+            .putOwn('count', s32(count))
+            .putOwn('grouping', text(this.#query.grouping))
+            .putOwn('expandLevels', s32(this.#query.expandLevels));
+    }
+
+    #withRow({ row, id }: RowAddress): Bag {
+        return this.#bag().putOwn('row', s32(row)).putOwn('rowId', text(id));
+    }
+}
+
+/** Plain data as a value of the kind that holds it. */
+function valueOf(plain: Plain): Value {
+    if (typeof plain === 'bigint') return u64(BigInt.asUintN(64, plain));
+    if (typeof plain === 'string') return text(plain);
+    if (typeof plain === 'boolean') return bool(plain);
+    if (typeof plain !== 'number') return { kind: 'null', value: null };
+    return Number.isInteger(plain) ? u64OrS32(plain) : double(plain);
+}
+
+function u64OrS32(integer: number): Value {
+    return Math.abs(integer) < 2 ** 31 ? s32(integer) : u64(BigInt(integer));
+}

@@ -1,0 +1,95 @@
+import { ColumnTree } from './column_tree.js';
+import { type GridAnswer, type GridFooter, type GridRow, type GridSorting } from './grid_answer.js';
+import { type GridColumn } from './grid_columns.js';
+import { type NamedSorting } from './grid_requests.js';
+import { RowCache } from './row_cache.js';
+import { type HitCell, type SearchResult } from './search_result.js';
+import { type SelectionPlace } from './selection_steps.js';
+
+/** What a pane knows of its grid: the answers so far, laid over each other. */
+export class GridState {
+    readonly rows = new RowCache();
+    tree = new ColumnTree([], []);
+    rowCount = 0;
+    currentRow = -1;
+    sorting: GridSorting = { column: -1, isDescending: true };
+    footer: GridFooter | undefined;
+    search: SearchResult | undefined;
+    /** The number of the hit that a person is at; 0 if at none. */
+    hit = 0;
+    #anchor = -1;
+    #rangeEnd = -1;
+
+    get selection(): SelectionPlace {
+        return { anchor: this.#anchor, current: this.currentRow, rangeEnd: this.#rangeEnd };
+    }
+
+    /** A row was selected alone, or taken in or out: ranges begin there. */
+    setAnchor(row: number): void {
+        this.#anchor = row;
+        this.#rangeEnd = row;
+    }
+
+    setRangeEnd(row: number): void {
+        if (this.#anchor < 0) this.#anchor = row;
+        this.#rangeEnd = row;
+    }
+
+    get groupingColumn(): GridColumn | undefined {
+        return this.tree.columns.find(({ isGrouping }) => isGrouping);
+    }
+
+    /** The sorting by the name of its column; undefined if it has none. */
+    get namedSorting(): NamedSorting | undefined {
+        const column = this.tree.columns[this.sorting.column];
+        if (!column || column.query === '' || column.queryFlag < 0) return undefined;
+        return { query: column.query, queryFlag: column.queryFlag, isDescending: this.sorting.isDescending };
+    }
+
+    /** An answer that speaks of all rows: what is known of others is out of date. */
+    take(answer: GridAnswer): void {
+        this.rows.clear();
+        if (answer.forceUpdate) this.#forgetRange();
+        this.takeWindow(answer);
+        if (!answer.search) this.hit = 0;
+    }
+
+    /** An answer that shows more of the same rows. */
+    takeWindow(answer: GridAnswer): void {
+        if (answer.columns && answer.hierarchy) this.tree = new ColumnTree(answer.columns, answer.hierarchy);
+        if (answer.rowCount !== this.rowCount) this.rows.clear();
+        this.rowCount = answer.rowCount;
+        if (answer.currentRow !== undefined) this.currentRow = answer.currentRow;
+        if (answer.sorting) this.sorting = answer.sorting;
+        this.footer = answer.footer;
+        this.search = answer.search;
+        this.rows.put(answer.startRow, answer.rows);
+        if (this.currentRow >= this.rowCount) this.currentRow = -1;
+    }
+
+    /** The row that holds this one, as far as rows are at hand; -1 if it is not. */
+    parentOf(index: number): number {
+        const level = this.rows.get(index)?.level ?? 0;
+        for (let above = index - 1; level > 0 && above >= 0; --above) {
+            const row = this.rows.get(above);
+            if (!row) return -1;
+            if (row.level < level) return above;
+        }
+        return -1;
+    }
+
+    get current(): GridRow | undefined {
+        return this.rows.get(this.currentRow);
+    }
+
+    hitsAt(row: number, column: number): HitCell['hits'] {
+        const found = this.search?.cells.find((cell) => cell.row === row && cell.column === column);
+        return found?.hits ?? [];
+    }
+
+    /** Rows moved: their indexes mean other rows now. */
+    #forgetRange(): void {
+        this.#anchor = -1;
+        this.#rangeEnd = -1;
+    }
+}

@@ -1,0 +1,239 @@
+import { withThousands } from '../../format/number_format.js';
+import { make } from '../../page/dom.js';
+import { drawFootCell } from './cell_view.js';
+import { type GridColumn } from './grid_columns.js';
+import { type GridState } from './grid_state.js';
+import { type HeadListener, HeadView } from './head_view.js';
+import { commandOf, type KeyCommand } from './key_commands.js';
+import { type RowRange } from './row_cache.js';
+import { RowsView } from './rows_view.js';
+import { ScrollScale } from './scroll_scale.js';
+
+export interface GridViewListener extends Omit<HeadListener, 'leaveHead' | 'resize'> {
+    /** Other rows show than before, or more of them. */
+    shownChanged(): void;
+    rowPressed(row: number, keys: { readonly control: boolean; readonly shift: boolean }): void;
+    /** The switch of a row, or a double click. */
+    togglePressed(row: number): void;
+    command(command: KeyCommand): void;
+}
+
+/** Pixels; the same in the style sheet. */
+const ROW_HEIGHT = 24;
+const DATA_WIDTH = 150;
+const GROUPING_WIDTH = 280;
+const SIDEWAYS_STEP = 60;
+
+let viewCount = 0;
+
+/**
+ * A grid of rows of one height, of which only those are in the page that show. It has the focus as a whole and tells
+ * assistive technology which row is current.
+ */
+export class GridView {
+    readonly element: HTMLElement;
+    readonly scale = new ScrollScale(ROW_HEIGHT);
+    readonly #listener: GridViewListener;
+    readonly #head: HeadView;
+    readonly #rows = new RowsView(`grid-${++viewCount}`);
+    readonly #foot = make('div', { class: 'tg-foot', role: 'rowgroup', hidden: true });
+    readonly #widths = new Map<number, number>();
+    readonly #observer: ResizeObserver;
+    #state: GridState;
+    #frame = 0;
+
+    constructor(title: string, state: GridState, listener: GridViewListener) {
+        this.#listener = listener;
+        this.#state = state;
+        this.#head = new HeadView({
+            sortBy: (column) => listener.sortBy(column),
+            openColumnMenu: (column, anchor) => listener.openColumnMenu(column, anchor),
+            setCollapsed: (column, isCollapsed) => listener.setCollapsed(column, isCollapsed),
+            resize: (column, width) => this.resize(column, width),
+            leaveHead: () => this.focus(),
+        });
+        this.element = make('div', {
+            class: 'tg-scroller',
+            role: 'treegrid',
+            tabindex: 0,
+            'aria-label': title,
+            'aria-multiselectable': 'true',
+        });
+        this.element.append(this.#head.element, this.#rows.element, this.#foot);
+        this.#observer = new ResizeObserver(() => this.#later());
+        this.#observer.observe(this.element);
+        this.#listen();
+    }
+
+    dispose(): void {
+        this.#observer.disconnect();
+        cancelAnimationFrame(this.#frame);
+    }
+
+    focus(): void {
+        this.element.focus({ preventScroll: true });
+    }
+
+    get shown(): RowRange {
+        return this.scale.shown;
+    }
+
+    /** Draws everything anew as the state says. */
+    draw(): void {
+        this.#setWidths();
+        this.#head.draw(this.#state);
+        this.#drawFoot();
+        this.drawRows();
+    }
+
+    /** Draws the rows where the scroll bar and the state say. */
+    drawRows(): void {
+        const state = this.#state;
+        this.#measure();
+        this.#rows.draw(state, this.scale, this.#headRows);
+        if (this.element.scrollTop !== this.scale.barTop) this.element.scrollTop = this.scale.barTop;
+        this.#describe();
+    }
+
+    /** Moves by as little as shows the row. */
+    reveal(row: number): void {
+        this.#measure();
+        this.scale.reveal(row);
+    }
+
+    center(row: number): void {
+        this.#measure();
+        this.scale.center(row);
+    }
+
+    resize(column: GridColumn, width: number): void {
+        this.#widths.set(column.index, width);
+        this.#setWidths();
+    }
+
+    widthOf(column: GridColumn): number {
+        return this.#widths.get(column.index) ?? (column.isGrouping ? GROUPING_WIDTH : DATA_WIDTH);
+    }
+
+    /** Brings the current hit into sight sideways too. */
+    revealHit(): void {
+        const mark = this.element.querySelector('mark.current');
+        if (!mark) return;
+        const place = mark.getBoundingClientRect();
+        const own = this.element.getBoundingClientRect();
+        if (place.left < own.left || place.right > own.right)
+            this.element.scrollLeft += place.left - own.left - own.width / 3;
+    }
+
+    scrollSideways(amount: number): void {
+        this.element.scrollLeft += amount * SIDEWAYS_STEP;
+    }
+
+    get #headRows(): number {
+        return this.#state.tree.groups.length + 1;
+    }
+
+    #measure(): void {
+        const { clientHeight } = this.element;
+        this.scale.setViewHeight(clientHeight - this.#head.element.offsetHeight - this.#foot.offsetHeight);
+        this.scale.setRowCount(this.#state.rowCount);
+    }
+
+    #setWidths(): void {
+        const shown = this.#state.tree.shown;
+        const tracks = shown.map((column) =>
+            // The grouping column takes what is left, unless a person gave it a width.
+            column.isGrouping && !this.#widths.has(column.index)
+                ? `minmax(${GROUPING_WIDTH}px, 1fr)`
+                : `${this.widthOf(column)}px`,
+        );
+        const least = shown.reduce((sum, column) => sum + this.widthOf(column), 0);
+        this.element.style.setProperty('--tg-columns', tracks.join(' '));
+        this.element.style.setProperty('--tg-width', `${least}px`);
+    }
+
+    #drawFoot(): void {
+        const { footer, tree } = this.#state;
+        this.#foot.hidden = !footer;
+        if (!footer) return;
+        const caption =
+            footer.rowCount === 1 ? 'Selected: 1 row' : `Selected: ${withThousands(footer.rowCount)} rows`;
+        const row = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': this.#rowIndexOfFoot() });
+        tree.shown.forEach((column, at) => {
+            const cell = footer.cells[column.index];
+            if (cell) row.append(drawFootCell({ column, columnNumber: at + 1 }, cell, caption));
+        });
+        this.#foot.replaceChildren(row);
+    }
+
+    #rowIndexOfFoot(): number {
+        return this.#state.rowCount + this.#headRows + 1;
+    }
+
+    #describe(): void {
+        const { currentRow, rowCount, tree, footer } = this.#state;
+        this.element.setAttribute('aria-rowcount', String(rowCount + this.#headRows + (footer ? 1 : 0)));
+        this.element.setAttribute('aria-colcount', String(tree.shown.length));
+        if (this.#rows.elementOf(currentRow))
+            this.element.setAttribute('aria-activedescendant', this.#rows.idOf(currentRow));
+        else this.element.removeAttribute('aria-activedescendant');
+    }
+
+    #listen(): void {
+        this.element.addEventListener('scroll', () => {
+            if (this.scale.takeBarTop(this.element.scrollTop)) this.#later();
+        });
+        this.element.addEventListener('wheel', (event) => this.#takeWheel(event), { passive: false });
+        this.element.addEventListener('keydown', (event) => this.#takeKey(event));
+        this.element.addEventListener('click', (event) => this.#takeClick(event));
+        this.element.addEventListener('dblclick', (event) => {
+            const row = rowOf(event);
+            if (row !== undefined && !isOnToggle(event)) this.#listener.togglePressed(row);
+        });
+    }
+
+    /** Where the bar is only a scale, a turn of the wheel would skip rows; so the wheel moves the rows, not the bar. */
+    #takeWheel(event: WheelEvent): void {
+        if (!this.scale.isScaled || event.ctrlKey || event.deltaY === 0) return;
+        event.preventDefault();
+        const unit = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? ROW_HEIGHT : 1;
+        this.scale.setTop(this.scale.top + event.deltaY * unit);
+        this.#later();
+    }
+
+    /** Keys of the heads are not the grid's. */
+    #takeKey(event: KeyboardEvent): void {
+        if (event.target !== this.element) return;
+        const command = commandOf(event);
+        if (!command) return;
+        event.preventDefault();
+        this.#listener.command(command);
+    }
+
+    #takeClick(event: MouseEvent): void {
+        const row = rowOf(event);
+        if (row === undefined) return;
+        this.focus();
+        if (isOnToggle(event)) return this.#listener.togglePressed(row);
+        this.#listener.rowPressed(row, { control: event.ctrlKey || event.metaKey, shift: event.shiftKey });
+    }
+
+    /** Once per frame is often enough. */
+    #later(): void {
+        cancelAnimationFrame(this.#frame);
+        this.#frame = requestAnimationFrame(() => {
+            this.drawRows();
+            this.#listener.shownChanged();
+        });
+    }
+}
+
+function rowOf(event: Event): number | undefined {
+    const element = (event.target as Element).closest<HTMLElement>('[data-row]');
+    return element ? Number(element.dataset['row']) : undefined;
+}
+
+function isOnToggle(event: Event): boolean {
+    const toggle = (event.target as Element).closest<HTMLElement>('.tg-toggle');
+    return toggle !== null && toggle.dataset['state'] !== ' ';
+}

@@ -1,0 +1,102 @@
+import { make, makeButton } from '../../page/dom.js';
+import { type StackMode } from './grid_requests.js';
+
+export interface ToolsListener {
+    openAll(): void;
+    openSelected(): void;
+    closeAll(): void;
+    setStackMode(mode: StackMode): void;
+    openColumnsMenu(anchor: HTMLElement): void;
+    openSearch(): void;
+    copy(): void;
+    exportCsv(): void;
+}
+
+/** What surrounds a grid: title, row count, tools, notices, and what is said to screen readers only. */
+export class PaneFrame {
+    readonly element: HTMLElement;
+    readonly #title = make('h2');
+    readonly #count = make('p', { class: 'tg-count' });
+    readonly #notice = make('div', { class: 'notice', hidden: true });
+    readonly #message = make('p', { class: 'empty', hidden: true });
+    readonly #live = make('p', { class: 'unseen', role: 'status', 'aria-live': 'polite' });
+    readonly #stackMode: HTMLButtonElement;
+    readonly #content: readonly HTMLElement[];
+
+    constructor(
+        title: string,
+        options: { readonly isTree: boolean; readonly hasStackModes: boolean },
+        content: readonly HTMLElement[],
+        listener: ToolsListener,
+    ) {
+        this.#content = content;
+        this.#title.textContent = title;
+        this.#stackMode = makeButton('Chains', () => listener.setStackMode(this.#nextStackMode()));
+        this.#stackMode.title = 'Show stretches of single calls as one row';
+        this.showStackMode('tree');
+        const columns: HTMLButtonElement = makeButton('Columns', () => listener.openColumnsMenu(columns));
+        columns.setAttribute('aria-haspopup', 'menu');
+        const treeTools = [
+            makeButton('Expand all', () => listener.openAll()),
+            makeButton('Expand selected', () => listener.openSelected()),
+            makeButton('Collapse all', () => listener.closeAll()),
+        ];
+        const tools = make(
+            'div',
+            { class: 'tg-tools', role: 'toolbar', 'aria-label': `Tools of ${title}` },
+            ...(options.isTree ? treeTools : []),
+            ...(options.hasStackModes ? [this.#stackMode] : []),
+            columns,
+            makeButton('Search', () => listener.openSearch()),
+            makeButton('Copy', () => listener.copy()),
+            makeButton('Export…', () => listener.exportCsv()),
+        );
+        const head = make('div', { class: 'pane-head' }, this.#title, this.#count, tools);
+        this.element = make('section', { class: 'pane tg-pane', 'aria-label': title });
+        this.element.append(head, this.#notice, ...content, this.#message, this.#live);
+    }
+
+    showTitle(text: string): void {
+        this.#title.textContent = text;
+    }
+
+    showCount(text: string): void {
+        this.#count.textContent = text;
+    }
+
+    showStackMode(mode: StackMode): void {
+        this.#stackMode.setAttribute('aria-pressed', String(mode === 'chain'));
+    }
+
+    /** Shows a text in place of the grid; null shows the grid. */
+    showMessage(text: string | null): void {
+        this.#message.hidden = text === null;
+        this.#message.textContent = text;
+        for (const [at, part] of this.#content.entries()) {
+            if (text !== null) part.hidden = true;
+            else if (at === this.#content.length - 1) part.hidden = false;
+        }
+    }
+
+    /** Tells of a failure above the grid until it is put away. */
+    showFailure(text: string, actionLabel: string, action: () => void): void {
+        this.#notice.dataset['kind'] = 'failure';
+        this.#notice.setAttribute('role', 'alert');
+        this.#notice.replaceChildren(make('p', {}, text), makeButton(actionLabel, action));
+        this.#notice.hidden = false;
+    }
+
+    clearFailure(): void {
+        this.#notice.hidden = true;
+        this.#notice.replaceChildren();
+    }
+
+    /** Says something to screen readers. */
+    announce(text: string): void {
+        this.#live.textContent = text;
+    }
+
+    #nextStackMode(): StackMode {
+        return this.#stackMode.getAttribute('aria-pressed') === 'true' ? 'tree' : 'chain';
+    }
+}

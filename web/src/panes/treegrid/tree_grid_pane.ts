@@ -1,0 +1,510 @@
+import './treegrid.css';
+import { withThousands } from '../../format/number_format.js';
+import { showMenu } from '../../page/menu.js';
+import { RequestCanceled, type RequestClient, RequestFailed } from '../../wire/index.js';
+import { onDataChange } from '../data_events.js';
+import { cellText } from './cell_text.js';
+import { copyText } from './clipboard.js';
+import { columnMenu, type ColumnMenuActions, columnsMenu } from './column_menus.js';
+import { type ColumnTree } from './column_tree.js';
+import { CommandQueue } from './command_queue.js';
+import { openCsvDialog } from './csv_dialog.js';
+import { type GridAnswer, type GridCell } from './grid_answer.js';
+import { type GridColumn } from './grid_columns.js';
+import { type FocusObject, type GridQuery, GridRequests, type StackMode } from './grid_requests.js';
+import { GridSearch } from './grid_search.js';
+import { GridState } from './grid_state.js';
+import { GridView } from './grid_view.js';
+import { type KeyCommand } from './key_commands.js';
+import { type Move, MoveCommand } from './move_command.js';
+import { PaneFrame } from './pane_frame.js';
+import { rangeSteps, type SelectionStep } from './selection_steps.js';
+import { WindowLoader } from './window_loader.js';
+
+export interface TreeGridSettings {
+    readonly title: string;
+    /** Unique among all grids that the host serves. */
+    readonly gridId: string;
+    readonly query: GridQuery;
+    /** Rows open and close. */
+    readonly isTree: boolean;
+    readonly hasStackModes: boolean;
+    /** The grid is about an object that is chosen elsewhere, and says this until there is one. */
+    readonly needsFocus?: string;
+    /** The grouping that the object ids of each level's rows belong to; the last goes for deeper levels too. */
+    readonly focusGroupings: readonly string[];
+    /** The row that a person went to. */
+    readonly onFocus?: (focus: FocusObject) => void;
+}
+
+/** An expansion that takes longer than this does not hold up other work on the grid. */
+const PATIENCE_WITH_EXPANSION = 150;
+
+/** Before the view was ever seen its height is unknown: about what fits a screen. */
+const LEAST_CAPACITY = 40;
+
+/** A tree grid of the domain `gridview`: the host holds the rows and their state, this pane shows a window of them. */
+export class TreeGridPane {
+    readonly element: HTMLElement;
+    readonly #settings: TreeGridSettings;
+    readonly #client: RequestClient;
+    readonly #requests: GridRequests;
+    readonly #state = new GridState();
+    readonly #queue = new CommandQueue();
+    readonly #loader: WindowLoader;
+    readonly #frame: PaneFrame;
+    readonly #view: GridView;
+    readonly #search: GridSearch;
+    readonly #unsubscribe: (() => void)[];
+    /** Rows that are being opened, by id, and what cancels it. */
+    readonly #opening = new Map<string, AbortController>();
+    readonly #columnActions: ColumnMenuActions = {
+        sort: (column, isDescending) => this.#sort(column, isDescending),
+        changeTree: (tree) => this.#changeTree(tree),
+        resize: (column, by) => this.#view.resize(column, this.#view.widthOf(column) + by),
+    };
+    #stackMode: StackMode = 'tree';
+    #focus: FocusObject | undefined;
+    #isActive = false;
+    #isStale = true;
+    #refreshTimer: ReturnType<typeof setTimeout> | undefined;
+
+    constructor(client: RequestClient, settings: TreeGridSettings) {
+        this.#settings = settings;
+        this.#client = client;
+        this.#requests = new GridRequests(client, settings.gridId, settings.query);
+        this.#view = new GridView(settings.title, this.#state, {
+            shownChanged: () => this.#shownChanged(),
+            rowPressed: (row, keys) => this.#pressRow(row, keys),
+            togglePressed: (row) => this.#toggleRow(row),
+            command: (command) => this.#obey(command),
+            sortBy: (column) => this.#sortBy(column),
+            openColumnMenu: (column, anchor) => this.#openColumnMenu(column, anchor),
+            setCollapsed: (column, isCollapsed) =>
+                this.#changeTree(this.#state.tree.withCollapsed(column, isCollapsed)),
+        });
+        this.#search = new GridSearch(this.#requests, this.#state, this.#view, {
+            goTo: (row) => this.#queue.add({ run: (signal) => this.#goTo(row, 'keep', signal) }),
+            shownChanged: () => this.#shownChanged(),
+            guard: (signal, step) => this.#guard('The search failed', signal, step),
+        });
+        this.#frame = this.#makeFrame();
+        this.element = this.#frame.element;
+        this.#loader = this.#makeLoader();
+        this.#frame.showMessage(settings.needsFocus ?? 'Waiting for data…');
+        this.#unsubscribe = [
+            onDataChange(client, () => this.#refreshSoon()),
+            // Whoever changes the data waits for the panes to be quiet.
+            client.onEvent('WaitForOtherPanesStopDataRequests', () => this.#loader.cancel()),
+            client.onEvent('CancelDataChangeEvent', () => this.#isActive && this.#loader.update()),
+        ];
+    }
+
+    /** Ends subscriptions and running work; the pane stays as it is. */
+    dispose(): void {
+        for (const unsubscribe of this.#unsubscribe) unsubscribe();
+        this.#stop();
+        this.#view.dispose();
+    }
+
+    /** The pane is seen from now on: it reads what changed while it was not. */
+    activate(): void {
+        this.#isActive = true;
+        if (this.#isStale) this.refresh();
+        else this.#view.draw();
+    }
+
+    /** The pane is not seen any more and asks for nothing. */
+    deactivate(): void {
+        this.#isActive = false;
+        this.#loader.cancel();
+    }
+
+    /** What the grid is about, if it is one that needs such an object. */
+    setFocus(focus: FocusObject): void {
+        if (focus.objectId === this.#focus?.objectId && focus.grouping === this.#focus.grouping) return;
+        this.#focus = focus;
+        this.#isStale = true;
+        this.#frame.showTitle(`${this.#settings.title}: ${focus.name}`);
+        if (this.#state.rowCount === 0) this.#frame.showMessage('Waiting for data…');
+        if (this.#isActive) this.refresh();
+    }
+
+    /** Reads the grid anew. What was open stays open, and what was sorted sorted: the host sees to that. */
+    refresh(): void {
+        clearTimeout(this.#refreshTimer);
+        if (this.#settings.needsFocus && !this.#focus) return;
+        if (this.#client.state !== 'connected') return;
+        this.#stop();
+        this.#queue.add({ run: (signal) => this.#refresh(signal) });
+    }
+
+    async #refresh(signal: AbortSignal): Promise<void> {
+        this.#view.element.setAttribute('aria-busy', 'true');
+        await this.#guard('The grid could not be read', signal, async () => {
+            const wishes = {
+                stackMode: this.#stackMode,
+                focus: this.#focus,
+                sorting: this.#state.namedSorting,
+            };
+            const answer = await this.#requests.refresh(this.#loader.window, wishes, signal);
+            this.#isStale = false;
+            this.#frame.clearFailure();
+            this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
+            this.#take(answer);
+        });
+        if (!signal.aborted) this.#view.element.removeAttribute('aria-busy');
+    }
+
+    #refreshSoon(): void {
+        this.#isStale = true;
+        clearTimeout(this.#refreshTimer);
+        // One change is told by several events.
+        if (this.#isActive) this.#refreshTimer = setTimeout(() => this.refresh());
+    }
+
+    #stop(): void {
+        this.#queue.clear();
+        this.#loader.cancel();
+        this.#search.stop();
+        for (const opening of this.#opening.values()) opening.abort();
+    }
+
+    #makeFrame(): PaneFrame {
+        const content = [this.#search.element, this.#view.element];
+        return new PaneFrame(this.#settings.title, this.#settings, content, {
+            openAll: () => this.#bulk('expandRowsRecursively'),
+            openSelected: () => this.#bulk('expandSelectedRows'),
+            closeAll: () => this.#bulk('collapseAllRows'),
+            setStackMode: (mode) => this.#changeStackMode(mode),
+            openColumnsMenu: (anchor) =>
+                showMenu(anchor, 'Columns', columnsMenu(this.#state.tree, this.#columnActions)),
+            openSearch: () => this.#search.open(),
+            copy: () => this.#copy(),
+            exportCsv: () => openCsvDialog((path, signal) => this.#requests.exportToCsv(path, signal)),
+        });
+    }
+
+    #makeLoader(): WindowLoader {
+        const pane = this;
+        return new WindowLoader({
+            get shown() {
+                return pane.#view.shown;
+            },
+            get capacity() {
+                return Math.max(pane.#view.scale.capacity, LEAST_CAPACITY);
+            },
+            get rowCount() {
+                return pane.#state.rowCount;
+            },
+            rows: this.#state.rows,
+            ask: (window, signal) => this.#requests.scroll(window, signal),
+            take: (answer) => {
+                this.#state.takeWindow(answer);
+                this.#afterAnswer(answer);
+            },
+            failed: (failure) => this.#showFailure('The rows could not be read', failure),
+        });
+    }
+
+    #shownChanged(): void {
+        if (this.#isActive && this.#state.rowCount > 0) this.#loader.update();
+    }
+
+    /** Takes an answer that speaks of the whole grid: what is still being asked for is older. */
+    #take(answer: GridAnswer): void {
+        this.#loader.cancel();
+        this.#state.take(answer);
+        this.#afterAnswer(answer);
+        if (answer.waitTime !== undefined) this.#loader.askAfter(answer.waitTime);
+        else this.#shownChanged();
+    }
+
+    #afterAnswer(answer: GridAnswer): void {
+        for (const [id, row] of this.#openingRows()) this.#state.rows.update(row, { id, state: 'w' });
+        const state = this.#state;
+        if (answer.scrollToCurrent && state.currentRow >= 0) this.#view.center(state.currentRow);
+        this.#view.draw();
+        this.#frame.showCount(state.rowCount === 1 ? '1 row' : `${withThousands(state.rowCount)} rows`);
+        this.#search.showCount();
+        if (answer.expanded) this.#frame.announce(`${withThousands(answer.expanded.rowCount)} rows opened`);
+        this.#tellFocus();
+        this.#watchWaitingRows();
+    }
+
+    /** Rows that show and are being opened by this pane. */
+    #openingRows(): [id: string, row: number][] {
+        if (this.#opening.size === 0) return [];
+        const { start, count } = this.#view.shown;
+        const rows = Array.from({ length: count }, (_, at) => start + at);
+        return rows
+            .map((row): [string, number] => [this.#state.rows.get(row)?.id ?? '', row])
+            .filter(([id]) => this.#opening.has(id));
+    }
+
+    /** Rows that the host is opening for a request of someone else: nobody tells when they are ready. */
+    #watchWaitingRows(): void {
+        const isWaiting = this.#state.rows.some(this.#view.shown, ({ state }) => state === 'w');
+        if (!isWaiting) this.#loader.rest();
+        else if (this.#opening.size === 0) this.#loader.lookAgain();
+    }
+
+    #tellFocus(): void {
+        const row = this.#state.current;
+        const column = this.#state.groupingColumn;
+        const { focusGroupings, onFocus } = this.#settings;
+        if (!row || !column || !onFocus || row.objectId === null || focusGroupings.length === 0) return;
+        const grouping = focusGroupings[Math.min(row.level, focusGroupings.length - 1)]!;
+        const cell = row.cells[column.index];
+        onFocus({ objectId: row.objectId, grouping, name: cell ? cellText(column, cell, row.level) : '' });
+    }
+
+    // ------------------------------------------------------------------------------------------------ keys and mouse
+
+    #obey(command: KeyCommand): void {
+        switch (command.what) {
+            case 'move':
+                return this.#move(command);
+            case 'open':
+                return this.#openOrEnter();
+            case 'close':
+                return this.#closeOrLeave();
+            case 'openAll':
+                return this.#bulk('expandRowsRecursively');
+            case 'closeAll':
+                return this.#bulk('collapseAllRows');
+            case 'openSelected':
+                return this.#bulk('expandSelectedRows');
+            case 'activate':
+                return this.#toggleRow(this.#state.currentRow);
+            case 'toggleSelected':
+                return this.#select({ type: 'toggle', row: this.#state.currentRow });
+            case 'selectAll':
+                return this.#select({ type: 'all', row: this.#state.currentRow });
+            case 'clearSelection':
+                return this.#escape();
+            case 'copy':
+                return this.#copy();
+            case 'search':
+                return this.#search.open();
+            case 'nextHit':
+                return this.#search.step(1);
+            case 'previousHit':
+                return this.#search.step(-1);
+            case 'scrollSideways':
+                return this.#view.scrollSideways(command.amount);
+        }
+    }
+
+    #move(move: Move): void {
+        this.#queue.add(
+            new MoveCommand(move, async (moves, signal) => {
+                const { currentRow, rowCount } = this.#state;
+                const target = moves.target(currentRow, rowCount, this.#view.scale.pageRows);
+                if (target >= 0) await this.#goTo(target, moves.mode, signal);
+            }),
+        );
+    }
+
+    #pressRow(row: number, { control, shift }: { control: boolean; shift: boolean }): void {
+        if (control && !shift) return this.#select({ type: 'toggle', row });
+        const mode = shift ? (control ? 'add' : 'extend') : 'select';
+        this.#queue.add({ run: (signal) => this.#goTo(row, mode, signal) });
+    }
+
+    /** Makes a row the current one and selects as the mode says. */
+    async #goTo(row: number, mode: Move['mode'], signal: AbortSignal): Promise<void> {
+        const steps = this.#stepsTo(row, mode);
+        if (mode === 'select') this.#state.setAnchor(row);
+        if (mode === 'extend' || mode === 'add') this.#state.setRangeEnd(row);
+        this.#state.currentRow = row;
+        this.#view.reveal(row);
+        this.#view.drawRows();
+        await this.#runSelection(steps, signal);
+    }
+
+    #stepsTo(row: number, mode: Move['mode']): SelectionStep[] {
+        if (mode === 'select') return [{ type: 'setSingle', row }];
+        if (mode === 'keep') return [{ type: 'none', row }];
+        return rangeSteps(this.#state.selection, row, mode === 'add');
+    }
+
+    #select(step: SelectionStep): void {
+        const needsRow = step.type === 'toggle';
+        if (needsRow && step.row < 0) return;
+        this.#queue.add({
+            run: async (signal) => {
+                if (needsRow) this.#state.currentRow = step.row;
+                if (step.type === 'clear') this.#state.currentRow = -1;
+                this.#state.setAnchor(this.#state.currentRow);
+                await this.#runSelection([step], signal);
+            },
+        });
+    }
+
+    /** Of several steps only the last answer is shown. */
+    async #runSelection(steps: readonly SelectionStep[], signal: AbortSignal): Promise<void> {
+        const idOf = (row: number) => this.#state.rows.get(row)?.id ?? '0';
+        const addressed = steps.map((step) => ({ step, id: idOf(step.row) }));
+        await this.#guard('The selection could not be changed', signal, async () => {
+            let answer: GridAnswer | undefined;
+            for (const { step, id } of addressed) answer = await this.#requests.select(step, id, signal);
+            if (answer) this.#take(answer);
+        });
+    }
+
+    #escape(): void {
+        if (this.#opening.size > 0) for (const opening of this.#opening.values()) opening.abort();
+        else if (this.#search.isOpen) this.#search.close();
+        else this.#select({ type: 'clear', row: -1 });
+    }
+
+    // --------------------------------------------------------------------------------------------- opening and closing
+
+    /** Opens the current row; an open one is entered. */
+    #openOrEnter(): void {
+        this.#queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: async (signal) => {
+                const { current, currentRow } = this.#state;
+                if (current?.state === '-') await this.#goTo(currentRow + 1, 'select', signal);
+                else if (current?.state === '+') await this.#setOpen(currentRow, true, signal);
+            },
+        });
+    }
+
+    /** Closes the current row; from any other the way leads to the row that holds it. */
+    #closeOrLeave(): void {
+        this.#queue.add({
+            run: async (signal) => {
+                const { current, currentRow } = this.#state;
+                if (current?.state === '-') return this.#setOpen(currentRow, false, signal);
+                const parent = this.#state.parentOf(currentRow);
+                if (parent >= 0) await this.#goTo(parent, 'select', signal);
+            },
+        });
+    }
+
+    #toggleRow(index: number): void {
+        const row = this.#state.rows.get(index);
+        if (!row) return;
+        const opening = this.#opening.get(row.id);
+        if (opening) return opening.abort();
+        if (row.state !== '+' && row.state !== '-') return;
+        this.#queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: (signal) => this.#setOpen(index, row.state === '+', signal),
+        });
+    }
+
+    async #setOpen(index: number, open: boolean, signal: AbortSignal): Promise<void> {
+        const row = this.#state.rows.get(index);
+        if (!row || row.state !== (open ? '+' : '-') || this.#opening.has(row.id)) return;
+        const stop = new AbortController();
+        const forward = () => stop.abort();
+        signal.addEventListener('abort', forward, { once: true });
+        this.#opening.set(row.id, stop);
+        if (open) this.#state.rows.update(index, { state: 'w' });
+        this.#view.drawRows();
+        await this.#guard(`The row could not be ${open ? 'opened' : 'closed'}`, signal, async () => {
+            const address = { row: index, id: row.id };
+            const ask = open
+                ? this.#requests.expand(address, stop.signal)
+                : this.#requests.collapse(address, stop.signal);
+            const answer = await ask.finally(() => this.#opening.delete(row.id));
+            this.#take(answer);
+        });
+        signal.removeEventListener('abort', forward);
+        // The host knows what became of the row.
+        if (stop.signal.aborted && !signal.aborted) this.#loader.reload();
+    }
+
+    #bulk(operation: 'expandSelectedRows' | 'collapseAllRows' | 'expandRowsRecursively'): void {
+        this.#command('The rows could not be opened or closed', async (signal) => {
+            this.#take(await this.#requests.bulk(operation, signal));
+            this.#frame.announce(`${withThousands(this.#state.rowCount)} rows`);
+        });
+    }
+
+    #changeStackMode(mode: StackMode): void {
+        this.#command('The stack mode could not be changed', async (signal) => {
+            const answer = await this.#requests.changeStackMode(mode, signal);
+            this.#stackMode = mode;
+            this.#frame.showStackMode(mode);
+            this.#take(answer);
+        });
+    }
+
+    // --------------------------------------------------------------------------------------------------------- columns
+
+    #sortBy(column: GridColumn): void {
+        const { sorting } = this.#state;
+        const isSame = sorting.column === column.index;
+        this.#sort(column, isSame ? !sorting.isDescending : column.isDescendingByDefault);
+    }
+
+    #sort(column: GridColumn, isDescending: boolean): void {
+        this.#command('The grid could not be sorted', async (signal) => {
+            this.#take(await this.#requests.sort(column.index, isDescending, signal));
+            const order = isDescending ? 'descending' : 'ascending';
+            this.#frame.announce(`Sorted by ${column.caption}, ${order}`);
+        });
+    }
+
+    /** The page shows the change at once; the host has to know it for search, export and what comes after a refresh. */
+    #changeTree(tree: ColumnTree): void {
+        this.#state.tree = tree;
+        this.#state.search = undefined;
+        this.#state.hit = 0;
+        this.#view.draw();
+        this.#command('The columns could not be changed', async (signal) => {
+            await this.#requests.columnState(tree, signal);
+            this.#search.showCount();
+        });
+    }
+
+    #openColumnMenu(column: GridColumn, anchor: HTMLElement): void {
+        const { start, count } = this.#view.shown;
+        const cells = Array.from(
+            { length: count },
+            (_, at) => this.#state.rows.get(start + at)?.cells[column.index],
+        );
+        const known = cells.filter((cell): cell is GridCell => cell !== undefined);
+        const { tree, sorting } = this.#state;
+        showMenu(anchor, column.caption, columnMenu(tree, column, sorting, known, this.#columnActions));
+    }
+
+    #copy(): void {
+        this.#command('The rows could not be copied', async (signal) => {
+            await copyText(await this.#requests.copyRows(signal));
+            this.#frame.announce('Copied');
+        });
+    }
+
+    // -------------------------------------------------------------------------------------------------------- failures
+
+    #command(whatFailed: string, run: (signal: AbortSignal) => Promise<void>): void {
+        this.#queue.add({ run: (signal) => this.#guard(whatFailed, signal, () => run(signal)) });
+    }
+
+    /** Runs one step; what goes wrong is told above the grid, unless the page itself did not want it any more. */
+    async #guard(whatFailed: string, signal: AbortSignal, step: () => Promise<void>): Promise<void> {
+        try {
+            await step();
+        } catch (failure) {
+            if (!signal.aborted) this.#showFailure(whatFailed, failure);
+        }
+    }
+
+    #showFailure(whatFailed: string, failure: unknown): void {
+        if (failure instanceof RequestCanceled && failure.by === 'page') return;
+        // Without a connection the status line speaks, and the pane refreshes as soon as there is one again.
+        if (this.#client.state !== 'connected') return;
+        const reason =
+            failure instanceof RequestFailed || failure instanceof Error ? failure.message : String(failure);
+        this.#frame.showFailure(`${whatFailed}: ${reason}`, 'Try again', () => {
+            this.#frame.clearFailure();
+            this.refresh();
+        });
+    }
+}
