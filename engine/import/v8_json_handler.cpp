@@ -1,6 +1,7 @@
 #include "import/v8_json_handler.h"
 
 #include <array>
+#include <cmath>
 #include <utility>
 
 namespace panedeck::engine {
@@ -224,11 +225,9 @@ bool V8JsonHandler::number(const V8Number& value) {
         m_document.child_ids.push_back(id);
         return true;
     case Scope::time_deltas:
-        m_document.time_deltas->push_back(value);
-        return true;
+        return time(value, *m_document.time_deltas);
     case Scope::timestamps:
-        m_document.timestamps->push_back(value);
-        return true;
+        return time(value, *m_document.timestamps);
     case Scope::document:
     case Scope::node:
     case Scope::call_frame:
@@ -260,6 +259,13 @@ bool V8JsonHandler::memberNumber(const V8Number& value) {
 bool V8JsonHandler::integer(const V8Number& value, std::int64_t& result) {
     if (!value.is_integer) return wrongKind("a number that is no 64-bit integer");
     result = value.integer;
+    return true;
+}
+
+// The JSON reader makes infinity, or no number at all, of digits beyond the range, and does not complain.
+bool V8JsonHandler::time(const V8Number& value, std::vector<V8Number>& times) {
+    if (!value.is_integer && !std::isfinite(value.decimal)) return wrongKind("a number that is too large");
+    times.push_back(value);
     return true;
 }
 

@@ -91,6 +91,7 @@ private:
     bool number(const V8Number& value);
     bool memberNumber(const V8Number& value);
     bool integer(const V8Number& value, std::int64_t& result);
+    bool time(const V8Number& value, std::vector<V8Number>& times);
     bool identifier(const V8Number& value, std::optional<std::int64_t>& result);
     bool hitCount(const V8Number& value);
     bool string(std::string_view text);

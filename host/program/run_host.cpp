@@ -2,11 +2,13 @@
 
 #include "logkit/component_logger.h"
 #include "notifykit/progress.h"
+#include "program/exit_deadline.h"
 #include "program/stop_signals.h"
 #include "session/host_session.h"
 #include "session/open_results.h"
 #include "settingshub/product_locations.h"
 
+#include <chrono>
 #include <cstdio>
 #include <future>
 #include <mutex>
@@ -16,6 +18,9 @@
 namespace panedeck::host {
 
 namespace {
+
+// The host ends within a second of being asked to; the rest of that second is for the process to go.
+constexpr std::chrono::milliseconds longest_end{750};
 
 /// The wish to stop: cancels the opening of results and ends the waiting.
 class StopWish {
@@ -43,8 +48,12 @@ int fail(const bk2::error_code_t& error) {
 } // namespace
 
 int runHost(const host_options_t& options) {
+    ExitDeadline deadline(longest_end);
     StopWish stopWish;
-    StopSignals signals([&] { stopWish.make(); });
+    StopSignals signals([&] {
+        deadline.start();
+        stopWish.make();
+    });
     logkit1::configureComponentLogger();
     const auto locations = settingshub2::IProductLocations::get();
     locations->setUserDirectory(options.userDirectory);

@@ -121,6 +121,8 @@ TEST(V8Importer, refuses_what_is_damaged) {
          "file:1: the total weight would exceed 9223372036854775807"},
         {"a weight that is too large", two_frames + R"("samples":[2],"timeDeltas":[9223372036854775808]})",
          "file:1: the total weight would exceed 9223372036854775807"},
+        {"a weight beyond all numbers", two_frames + R"("samples":[2],"timeDeltas":[2.51e308]})",
+         "file:1: \"timeDeltas\" holds a number that is too large"},
         {"nodes of the wrong kind", R"({"nodes":{}})", "file:1: \"nodes\" holds an object"},
         {"nodes as text", R"({"nodes":"x"})", "file:1: \"nodes\" holds a text"},
         {"a node of the wrong kind", R"({"nodes":[1]})", "file:1: \"nodes\" holds a number"},
