@@ -276,11 +276,11 @@ export class TreeGridPane {
             case 'openSelected':
                 return this.#bulk('expandSelectedRows');
             case 'activate':
-                return this.#toggleRow(this.#state.currentRow);
+                return this.#toggleCurrent();
             case 'toggleSelected':
-                return this.#select({ type: 'toggle', row: this.#state.currentRow });
+                return this.#select('toggle');
             case 'selectAll':
-                return this.#select({ type: 'all', row: this.#state.currentRow });
+                return this.#select('all');
             case 'clearSelection':
                 return this.#escape();
             case 'copy':
@@ -307,7 +307,7 @@ export class TreeGridPane {
     }
 
     #pressRow(row: number, { control, shift }: { control: boolean; shift: boolean }): void {
-        if (control && !shift) return this.#select({ type: 'toggle', row });
+        if (control && !shift) return this.#select('toggle', row);
         const mode = shift ? (control ? 'add' : 'extend') : 'select';
         this.#queue.add({ run: (signal) => this.#goTo(row, mode, signal) });
     }
@@ -329,15 +329,15 @@ export class TreeGridPane {
         return rangeSteps(this.#state.selection, row, mode === 'add');
     }
 
-    #select(step: SelectionStep): void {
-        const needsRow = step.type === 'toggle';
-        if (needsRow && step.row < 0) return;
+    /** Without a row it is about the current one, as the commands before will have left it. */
+    #select(type: 'toggle' | 'all' | 'clear', pressed?: number): void {
         this.#queue.add({
             run: async (signal) => {
-                if (needsRow) this.#state.currentRow = step.row;
-                if (step.type === 'clear') this.#state.currentRow = -1;
+                const row = type === 'clear' ? -1 : (pressed ?? this.#state.currentRow);
+                if (type === 'toggle' && row < 0) return;
+                if (type !== 'all') this.#state.currentRow = row;
                 this.#state.setAnchor(this.#state.currentRow);
-                await this.#runSelection([step], signal);
+                await this.#runSelection([{ type, row }], signal);
             },
         });
     }
@@ -356,7 +356,7 @@ export class TreeGridPane {
     #escape(): void {
         if (this.#opening.size > 0) for (const opening of this.#opening.values()) opening.abort();
         else if (this.#search.isOpen) this.#search.close();
-        else this.#select({ type: 'clear', row: -1 });
+        else this.#select('clear');
     }
 
     // --------------------------------------------------------------------------------------------- opening and closing
@@ -394,6 +394,19 @@ export class TreeGridPane {
         this.#queue.add({
             holdsUpFor: PATIENCE_WITH_EXPANSION,
             run: (signal) => this.#setOpen(index, row.state === '+', signal),
+        });
+    }
+
+    /** Opens or closes the current row, as the commands before will have left it; one that is being opened stays closed. */
+    #toggleCurrent(): void {
+        this.#queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: async (signal) => {
+                const { current, currentRow } = this.#state;
+                const opening = current && this.#opening.get(current.id);
+                if (opening) opening.abort();
+                else await this.#setOpen(currentRow, current?.state === '+', signal);
+            },
         });
     }
 
