@@ -3,6 +3,7 @@
 #include "basekit/api.h"
 
 #include <cstdint>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -82,6 +83,11 @@ struct ProfileData {
     std::vector<MetricColumn> metrics;        ///< the first one is the primary
 
     std::size_t sample_records() const { return sample_callsites.size(); }
+    /// How many samples the records stand for.
+    std::uint64_t samples() const {
+        if (sample_counts.empty()) return sample_records();
+        return std::accumulate(sample_counts.begin(), sample_counts.end(), std::uint64_t{0});
+    }
 };
 
 } // namespace panedeck::engine

@@ -84,7 +84,7 @@ std::string describe(const ProfileData& data, const ResultFacts& facts) {
     bag.put<bk2::variant_t>("name", bk2::variant_t(facts.name));
     bag.put<bk2::variant_t>("source", bk2::variant_t(facts.source));
     bag.put<bk2::variant_t>("format", bk2::variant_t(facts.format));
-    bag.put<bk2::variant_t>("samples", bk2::variant_t(bk2::u64_t{data.sample_records()}));
+    bag.put<bk2::variant_t>("samples", bk2::variant_t(bk2::u64_t{data.samples()}));
     for (const MetricColumn& metric : data.metrics)
         bag.add_variant_bag("metric").put<bk2::variant_t>("name", bk2::variant_t(metric.name));
     ustring8 text;

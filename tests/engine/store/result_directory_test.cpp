@@ -76,6 +76,16 @@ protected:
     std::string database = directory + "/profile.sqlite";
 };
 
+TEST(ResultDirectory, SaysHowManySamplesItsRecordsStandFor) {
+    const TemporaryFolder folder;
+    ProfileData data = smallProfile();
+    data.sample_counts = {5, 4'000'000'000};
+    ASSERT_TRUE(engine::writeResult(data, folder / "r000hs", {"r000hs", "", ""}, nullptr).succeeded());
+    std::ifstream description(folder / "r000hs/r000hs.pdres");
+    const std::string text(std::istreambuf_iterator<char>(description), {});
+    EXPECT_NE(text.find(">4000000005</samples>"), std::string::npos) << text;
+}
+
 TEST(ResultDirectory, GivesBackWhatWasWritten) {
     for (unsigned seed = 0; seed < 20; ++seed) {
         std::mt19937 random(seed);
