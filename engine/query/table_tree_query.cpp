@@ -26,7 +26,6 @@ bk2::error_code_t resolveFilter(const EngineInput& input, const std::string& nam
 template <class Model>
 bk2::error_code_t finish(std::unique_ptr<Model> model, std::vector<std::unique_ptr<TreeColumn>> columns,
                          const ShownColumns& shown, bk2::sptr_t<dataface1::ITableTree>& tree) {
-    if (model->topRows().count == 0) return bk2::error_code_t::empty_result();
     tree = bk2::make_sptr<TableTree>(std::move(model), std::move(columns), shown.grouping);
     return {};
 }

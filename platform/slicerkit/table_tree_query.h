@@ -36,8 +36,9 @@ public:
     /// The query depends on the filter of that name, resolved when it runs.
     virtual bk2::error_code_t setFilterName(const std::string& name) = 0;
     virtual bk2::error_code_t prepare() = 0;
-    /// Runs the query: `error_code_t::empty_result()` with a null tree if there is no row. Long work polls
-    /// `progress` and gives back the cancelled error. The tree keeps the resolved filter, never its name.
+    /// Runs the query. Where nothing is left to show the tree has columns and no rows; a provider that has
+    /// not even columns then gives `error_code_t::empty_result()` and a null tree. Long work polls `progress`
+    /// and gives back the cancelled error. The tree keeps the resolved filter, never its name.
     virtual bk2::error_code_t getTableTree(bk2::sptr_t<dataface1::ITableTree>& tree,
                                            notifykit2::IProgress* progress, int type_and_flags) = 0;
     virtual bk2::error_code_t setFocusObject(const bk2::sptr_t<dataface1::IQuery>& query,

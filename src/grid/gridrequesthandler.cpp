@@ -60,6 +60,11 @@ void saveColumnNames(const dataface1::ITableTree& tree, variant_bag_t& answer,
     }
 }
 
+bool hasNoRows(const dataface1::ITableTree& tree, notifykit2::IProgress* progress) {
+    const auto rows = tree.getRows(progress);
+    return rows && rows->at_end();
+}
+
 } // namespace
 
 GridRequestHandler::~GridRequestHandler() = default;
@@ -91,7 +96,7 @@ error_code_t GridRequestHandler::answerWithTree(const sptr_t<slicerkit1::ITableT
     sptr_t<dataface1::ITableTree> tree;
     if (const auto code = runTableTreeQuery(query, queryType, queryFlags, tree, progress); code.failed())
         return code;
-    if (!tree) {
+    if (!tree || hasNoRows(*tree, progress)) {
         answer.clear();
         return error_code_t::success();
     }

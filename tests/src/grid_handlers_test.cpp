@@ -224,6 +224,9 @@ TEST_F(GridHandlerTest, AnswersNothingForAnEmptyResult) {
     engine.result = error_code_t::nothing_done();
     EXPECT_TRUE(handle(columns).succeeded());
     EXPECT_TRUE(answer.is_empty());
+    engine.tree = makeTree({}, "");
+    EXPECT_TRUE(handle(columns).succeeded());
+    EXPECT_TRUE(answer.is_empty()) << "a tree without rows";
 }
 
 TEST_F(GridHandlerTest, PassesOnFailuresOfTheTree) {

@@ -63,9 +63,9 @@ public:
     std::string print(const TreeQuestion& question, int depth = 100) const {
         bk2::sptr_t<dataface1::ITableTree> tree;
         const auto error = run(question, tree);
-        if (error.is_empty_result()) return "empty\n";
         if (error.failed()) return error.as_string(1) + "\n";
-        return printTree(tree, depth);
+        const std::string text = printTree(tree, depth);
+        return text.empty() ? "empty\n" : text;
     }
 
     static std::string printTree(const bk2::sptr_t<dataface1::ITableTree>& tree, int depth = 100) {
