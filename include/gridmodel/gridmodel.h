@@ -169,7 +169,8 @@ public:
     bk2::error_code_t getFilterBySelectedRows(bk2::sptr_t<dataface1::IQueryFilter>& filter) const;
     bk2::error_code_t processPositioning();
     /// The row that the focus references lead to, opening rows on the way; 0 if they lead nowhere, -1 without
-    /// rows.
+    /// rows. A reference names a visible row by what it shows or by its object; a folded row is found by the
+    /// names of its frames too, one after the other.
     bk2::error_code_t findRow(int& rowToSelect);
 
     // --- Chains (gridmodel_chains.cpp, chainrow.h) ---
@@ -251,6 +252,7 @@ private:
                                                     const RowPtr& parent);
     bk2::error_code_t getSelectedProviderRows(std::vector<RowPtr>& rows) const;
     int dataFilterMode() const;
+    int findPath(bool unfolded);
     std::string shownLine(int row, const std::vector<ColumnPtr>& columns) const;
     bk2::variant_t percentDifference(const dataface1::ITableRow& row,
                                      const dataface1::IColumnInfo& columnInfo,
