@@ -240,6 +240,7 @@ private:
                  std::shared_ptr<dataface1::ITableTreeHelper> helper, ColumnHierarchy& hierarchy,
                  notifykit2::IProgress* progress);
 
+    void loadNewRows(notifykit2::IProgress* progress);
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     bool readTopRows(notifykit2::IProgress* progress);
     bool readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;

@@ -71,10 +71,15 @@ void GridModel::replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
     {
         GridStateGuard keepsState(*this, progress);
         cleanup(tree, std::move(helper), unused, progress);
-        loadTopRows(progress);
+        loadNewRows(progress);
     }
     // The columns are new; the formats that were chosen for their forerunners stay.
     updateColumnFormat(m_columns, m_columnHierarchy);
+}
+
+void GridModel::loadNewRows(notifykit2::IProgress* progress) {
+    loadTopRows(progress);
+    // Before rows are opened again: an index that means no row by now must not come to mean one of those.
     if (getCurrentRow() >= getRowCount()) m_selectedRows->setCurrentRow(-1);
 }
 

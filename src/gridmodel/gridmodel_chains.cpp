@@ -15,7 +15,7 @@ void GridModel::toggleStackMode(const StackMode& mode, notifykit2::IProgress* pr
     saveGridRowState(state, progress);
     clear();
     if (!readTopRows(progress)) return;
-    loadTopRows(progress);
+    loadNewRows(progress);
     if (m_viewParams.expandLevels != 0) expandRowsRecursively(progress, 0);
     restoreGridRowState(state, progress);
 }

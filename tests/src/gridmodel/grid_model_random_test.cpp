@@ -2,8 +2,8 @@
 // and the operations that led to it.
 
 #include "gridmodel/gridmodel.h"
-#include "logkit/component_logger.h"
 #include "src/gridmodel/grid_oracle.h"
+#include "support/log_capture.h"
 
 #include <gtest/gtest.h>
 
@@ -197,15 +197,12 @@ private:
         if (!m_oracle.current) m_oracle.current = rowLeftBehind(visible, currentIndex);
     }
 
-    /// A row that is gone leaves its index behind: among the top rows, which come first, or else where it
-    /// points.
+    /// A row that is gone leaves its index behind, as far as a top row explains it: those come first.
     static OracleNode* rowLeftBehind(const std::vector<GridOracle::Row>& visible, int index) {
-        if (index < 0) return nullptr;
         int top = 0;
         for (const auto& row : visible)
             if (row.level == 0 && top++ == index) return row.node;
-        return index < static_cast<int>(visible.size()) ? visible[static_cast<std::size_t>(index)].node
-                                                        : nullptr;
+        return nullptr;
     }
 
     static void reopen(OracleNode& parent, std::size_t level, bool reached,
@@ -259,8 +256,7 @@ private:
 
 TEST(GridModelRandom, ShowsWhatTheOracleShows) {
     // The fake tree sums no rows up, which is logged at every selection.
-    const logkit1::level_t before = logkit1::getUnitLogLevel();
-    logkit1::setUnitLogLevel(static_cast<logkit1::level_t>(50000));
+    LogCapture silent(static_cast<logkit1::level_t>(50000));
     for (unsigned seed = 1; seed <= sequences; ++seed) {
         RandomGrid grid(seed);
         for (int i = 0; i < operations_each; ++i) {
@@ -268,7 +264,6 @@ TEST(GridModelRandom, ShowsWhatTheOracleShows) {
             ASSERT_TRUE(grid.agrees()) << "seed " << seed << "\n" << grid.log();
         }
     }
-    logkit1::setUnitLogLevel(before);
 }
 
 } // namespace panedeck::tests
