@@ -2,9 +2,13 @@
 
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
+#include "gridmodel/child_columns.h"
 #include "gridmodel/gridmodel.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <utility>
 
 namespace panedeck {
 
@@ -28,6 +32,19 @@ bool sameCell(const ChainRow::RowPtr& row1, const ChainRow::RowPtr& row2,
                         row2->getValue(&column, dataface1::cell_value, value2);
     PANEDECK_EXPECT(status, "status");
     return status && value1 == value2;
+}
+
+/// Of a column and the columns that it is split into: equal sums may be made of different parts.
+bool sameCells(const ChainRow::RowPtr& row1, const ChainRow::RowPtr& row2,
+               bk2::sptr_t<dataface1::IColumnInfo> top) {
+    std::vector<bk2::sptr_t<dataface1::IColumnInfo>> open{std::move(top)};
+    while (!open.empty()) {
+        const auto column = std::move(open.back());
+        open.pop_back();
+        if ((column->getFlags() & dataface1::column_data) && !sameCell(row1, row2, *column)) return false;
+        std::ranges::move(childColumns(*column), std::back_inserter(open));
+    }
+    return true;
 }
 
 } // namespace
@@ -94,10 +111,8 @@ bool ChainRow::containSameData(const RowPtr& row1, const RowPtr& row2) {
     PANEDECK_EXPECT(tableTree, "tableTree");
     const auto columns = tableTree ? tableTree->getColumns(nullptr) : nullptr;
     if (!columns) return false;
-    for (; !columns->at_end(); columns->next()) {
-        const auto column = columns->current();
-        if ((column->getFlags() & dataface1::column_data) && !sameCell(row1, row2, *column)) return false;
-    }
+    for (; !columns->at_end(); columns->next())
+        if (!sameCells(row1, row2, columns->current())) return false;
     return true;
 }
 
