@@ -194,8 +194,14 @@ bk2::variant_t ComparedModel::total(const ColumnContent& column) const {
     // The numbers of a metric stand in the same cells as in a row.
     const std::size_t cells = m_first.cellsPerRow();
     std::vector<Weight> first(cells, total_of(m_first)), second(cells, total_of(m_second));
-    return number(first.data(), second.data(), RowTree::cellOf(column.metric, WeightKind::total),
-                  column.side);
+    const std::size_t cell = RowTree::cellOf(column.metric, WeightKind::total);
+    if (column.side != ColumnContent::Side::difference)
+        return number(first.data(), second.data(), cell, column.side);
+    // What differences are measured by: how much the totals differ themselves would turn signs around, or be
+    // 0.
+    const bk2::variant_t base = number(first.data(), second.data(), cell, ColumnContent::Side::first);
+    if (base.get<double>() != 0) return base;
+    return number(first.data(), second.data(), cell, ColumnContent::Side::second);
 }
 
 std::vector<Weight> ComparedModel::sumOfRows(std::span<const RowIndex> rows) const {

@@ -41,7 +41,8 @@ public:
     /// False if the cell has no such content (`dataface1::cell_contents_t`).
     virtual bool value(RowIndex row, const ColumnContent& column, int contents,
                        bk2::variant_t& value) const = 0;
-    /// The column's total over the whole result; null if it has none.
+    /// The column's total over the whole result, for differences that of the first result, or of the second
+    /// if the first has none; null if the column has none.
     virtual bk2::variant_t total(const ColumnContent& column) const = 0;
 
     /// The sums of some rows' numbers; what to give to `valueOfSums`.

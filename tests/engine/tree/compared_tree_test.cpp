@@ -57,7 +57,7 @@ TEST(ComparedTree, ColumnsNameTheirSide) {
         EXPECT_EQ(column->getQuery()->getAttribute("query", 1), bk2::variant_t(column->getFlags()));
     }
     EXPECT_EQ(flags, (std::vector<std::uint32_t>{1, 0x24, 0x124, 0x224, 0x424, 0x14, 0x114, 0x214, 0x414}));
-    EXPECT_EQ(totals, (std::vector<std::string>{"", "-3", "1", "4", "-3", "-3", "1", "4", "-3"}));
+    EXPECT_EQ(totals, (std::vector<std::string>{"", "1", "1", "4", "1", "1", "1", "4", "1"}));
     EXPECT_FALSE(columns[4]->getQuery()->getPercentBaseMetrics().empty());
     bk2::variant_t id;
     EXPECT_FALSE(tree->getRows(nullptr)->current()->getValue(columns[0].get(), cell_object_id, id))
