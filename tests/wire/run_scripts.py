@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs conversation scripts against the real host, in every setting. See README.md beside this file."""
+"""Runs conversation scripts against the real host, in every setting, then random ones. See README.md beside this file."""
 
 import argparse
 import difflib
@@ -7,6 +7,7 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+import random_grids
 import render_docs
 from conversation.runner import SETTINGS, Outcome, Setting, run_script
 from conversation.script_file import Script
@@ -27,10 +28,11 @@ def main() -> int:
     with ThreadPoolExecutor(options.jobs) as pool:
         outcomes = pool.map(lambda run: run_script(*run, options.programs, options.config), runs)
         failed = sum(not report(*run, outcome, options.accept) for run, outcome in zip(runs, outcomes))
-    checks = len(runs)
-    if not options.scripts and not options.accept:
-        checks += 1
-        failed += not page_is_current()
+        checks = len(runs)
+        if not options.scripts and not options.accept:
+            random_checks, random_failures = random_grids.check_profiles(pool, options.programs, options.config)
+            checks += 1 + random_checks
+            failed += random_failures + (not page_is_current())
     print(f"{checks - failed} passed, {failed} failed")
     return 1 if failed else 0
 

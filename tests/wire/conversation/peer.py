@@ -50,6 +50,10 @@ class Peer:
 
     def receive(self) -> Frame:
         """The next frame of the library."""
+        return read_frame(self.receive_text())
+
+    def receive_text(self) -> str:
+        """The next frame of the library as it came."""
         while END_OF_FRAME not in self._unread:
             try:
                 received = self._connection.recv(1 << 20)
@@ -60,7 +64,7 @@ class Peer:
             self._unread += received
         frame, self._unread = self._unread.split(END_OF_FRAME, 1)
         try:
-            return read_frame(frame.decode("utf-8"))
+            return frame.decode("utf-8")
         except UnicodeDecodeError as error:
             raise FrameError(f"no UTF-8: {frame[:200]!r}") from error
 
