@@ -58,6 +58,8 @@ def read_options() -> argparse.Namespace:
 
 def applies(script: Script, setting: Setting) -> bool:
     """A script may say in which settings it makes sense."""
+    if setting.single_rows and not any(step.words[0].startswith("gridview:") for step in script.of("request")):
+        return False
     named = [word for step in script.of("settings") for word in step.words]
     return not named or setting.name in named
 

@@ -10,6 +10,7 @@ from .grid_window import RowIds, window_of
 from .peer import Peer, PeerError
 from .programs import Host, import_profile
 from .script_file import Script, ScriptError, Step
+from .single_rows import SingleRows
 
 TOKEN = "token-of-the-tests"
 DEFAULT_PROFILE = b"main;work 3\nmain 1\n"
@@ -23,6 +24,7 @@ class Setting:
     single_bytes: bool = False  # every frame in pieces of one byte
     joined: bool = False  # frames that follow each other go out in one write
     reopened: bool = False  # the profile is imported first, and the result directory is opened
+    single_rows: bool = False  # each row of a tree grid's answer is asked for once more, alone
 
 
 SETTINGS = (
@@ -30,6 +32,7 @@ SETTINGS = (
     Setting("bytes", single_bytes=True),
     Setting("joined", joined=True),
     Setting("reopened", reopened=True),
+    Setting("rows", single_rows=True),
 )
 
 
@@ -60,6 +63,8 @@ class _Run:
         self._to_send = b""
         self._last_id = 0
         self._row_ids = RowIds()
+        self._single_rows = SingleRows(self._ask_aside)
+        self._changes: dict[str, tuple] = {}  # what each request told its grid about the window
         self._asked: list[str] = []  # ids without an answer yet, on this connection
         self._forgotten: set[str] = set()  # ids that were asked on a connection that is gone
         self._arrived: list[Frame] = []  # frames that nothing has expected yet
@@ -131,6 +136,7 @@ class _Run:
         for _ in range(count):
             self._last_id += 1
             self._asked.append(str(self._last_id))
+            self._changes[str(self._last_id)] = SingleRows.changes(step.words[0], parameters)
             self._send(request_frame(str(self._last_id), step.words[0], parameters))
 
     def _do_frame(self, step: Step) -> None:
@@ -224,6 +230,22 @@ class _Run:
         frame.shown = self._row_ids.hide(frame.shown)
         if frame.request_id is not None:
             self._asked.remove(frame.request_id)
+        # While others are under way the grid need not be as it was.
+        if self._setting.single_rows and not self._asked:
+            problem = self._single_rows.check(frame, *self._changes.get(frame.request_id, ("", {})))
+            if problem:
+                raise PeerError(problem)
+        return frame
+
+    def _ask_aside(self, request_type: str, parameters: bytes) -> Frame:
+        """Asks what the script does not know of."""
+        self._asked.append("aside")
+        self._send(request_frame("aside", request_type, parameters))
+        self._flush()
+        frame = self._peer.receive()
+        while frame.kind != "response":
+            frame = self._peer.receive()
+        self._asked.remove("aside")
         return frame
 
     def _keep(self, frame: Frame) -> None:
