@@ -56,6 +56,13 @@ def rows_of_stack(root: Node, grouping: str, stack) -> list[Node]:
     return rows
 
 
+def samples_of(samples, grouping: str, paths):
+    """The samples that count for one of these rows."""
+    chosen = set(paths)
+    return [(stack, weight) for stack, weight in samples
+            if any(node.path in chosen for node in rows_of_stack(Node("", None, 1), grouping, stack))]
+
+
 def is_leaf(node: Node, grouping: str, stack) -> bool:
     return grouping == "/Function" or len(node.path) == len(stack)
 

@@ -5,7 +5,8 @@ from pathlib import Path
 from random import Random
 from xml.sax.saxutils import escape
 
-from conversation.frames import request_frame
+from conversation.frames import read_frame, request_frame
+from conversation.grid_table import table_of
 from conversation.peer import Peer
 
 from . import call_trees
@@ -13,10 +14,11 @@ from .grid_oracle import GridOracle, Row
 from .random_profile import NAMES, filtered
 
 ALL_ROWS = 1 << 30
+COLUMNS = "<columns><column><_>/Metrics</_></column></columns>"
 SELECTIONS = ("none", "setSingle", "addRange", "all", "toggle", "clear")
 WEIGHTS = {"scroll": 3, "expand": 6, "collapse": 4, "expandRowsRecursively": 1, "collapseAllRows": 1,
            "expandSelectedRows": 1, "sort": 3, "selection": 6, "search": 3, "columnState": 1, "copyRowsToClipboard": 1,
-           "exportToCsv": 1, "position": 2, "changeStackMode": 2, "refresh": 2, "nonsense": 1}
+           "exportToCsv": 1, "position": 2, "filters": 2, "changeStackMode": 2, "refresh": 2, "nonsense": 1}
 
 
 class Mismatch(Exception):
@@ -32,13 +34,21 @@ class Connection:
 
     def ask(self, operation: str, parameters: str):
         """The payload of the answer, or the text of the failure."""
+        answer = json.loads(self._response("gridview:" + operation, parameters))["response"]
+        return answer[""]["text"] if answer["type"] == "error" else answer[""]
+
+    def flat_profile(self, filter_name: str) -> list[str]:
+        """The functions under a named filter, a line for each."""
+        parameters = f"<filter><reference>{filter_name}</reference></filter><queryType>flatProfile</queryType>" + COLUMNS
+        return table_of(read_frame(self._response("grid:get", parameters))).split("\n")[1:]
+
+    def _response(self, request_type: str, parameters: str) -> str:
         self._last_id += 1
-        self._peer.send(request_frame(str(self._last_id), "gridview:" + operation, parameters.encode()))
+        self._peer.send(request_frame(str(self._last_id), request_type, parameters.encode()))
         while True:
             text = self._peer.receive_text()
-            answer = json.loads(text).get("response") if text.startswith("{") else None
-            if answer and answer["requestId"] == str(self._last_id):
-                return answer[""]["text"] if answer["type"] == "error" else answer[""]
+            if text.startswith(('{"response"', "<msg><response>")):
+                return text
 
 
 def random_operations(random: Random, count: int) -> list[tuple]:
@@ -188,8 +198,8 @@ class GridConversation:
             condition = f"<filter><valueType>value</valueType><item>{item}</item></filter>"
         start, count = self._pick(6) - 1, (0, 1, 3, 5, 100)[self._pick(5)]
         mode, levels = ("", "", "tree", "chain")[self._pick(4)], (0, 0, 0, 1, 2)[self._pick(5)]
-        columns = f"<queryType>{call_trees.QUERY_TYPES[base]}</queryType><columns><column><_>/Metrics</_></column></columns>"
-        answer = self._ask("refresh", columns + condition, grouping=base, row=start, count=count, stackMode=mode,
+        query = f"<queryType>{call_trees.QUERY_TYPES[base]}</queryType>" + COLUMNS + condition
+        answer = self._ask("refresh", query, grouping=base, row=start, count=count, stackMode=mode,
                            expandLevels=levels)
         self._oracle.refresh(base, call_trees.make_tree(base, results), start, count, mode, levels)
         if not isinstance(answer, dict):
@@ -326,6 +336,30 @@ class GridConversation:
         if self._pick(8) == 0:
             names.append("nobody")
         return names, [("name", f"<value>{escape(name)}</value>") for name in names]
+
+    def _filters(self) -> None:
+        """What other panes see through this grid's selection, and through a dive into one of its rows."""
+        oracle = self._oracle
+        self._compare_filtered("selection-p-" + self._grid_id, oracle.selected, "what is selected")
+        index, address = self._random_row()
+        answer = self._ask("viewSource", **address)
+        if index < 0:
+            return self._expect(answer, "IsNot.Valid.Argument", "the failure")
+        self._expect(answer["DiveGroupingIdKey"], oracle.grouping, "the grouping of the dive")
+        self._compare_filtered(answer["DataFilterKey"], {oracle.rows()[index]}, "the data of the dive")
+
+    def _compare_filtered(self, name: str, rows: set[Row], what: str) -> None:
+        """The filter lets the samples of these rows through, or all if there is no row."""
+        results = self._results
+        if rows:
+            paths = [row.nodes[0].path for row in rows]
+            results = [call_trees.samples_of(samples, self._oracle.grouping, paths) for samples in results]
+        expected = []
+        for node in call_trees.make_tree("/Function", results).children.values():
+            numbers = call_trees.numbers("/Function", node.total, node.self)
+            shown_numbers = numbers if len(results) == 1 else [*numbers[1:4], *numbers[5:]]
+            expected.append(" | ".join([node.name, *map(str, shown_numbers)]))
+        self._expect(sorted(self._connection.flat_profile(name)), sorted(expected), what)
 
     def _changeStackMode(self) -> None:
         mode = ("tree", "chain", "chain", "bogus")[self._pick(4)]
