@@ -130,12 +130,15 @@ protected:
                   [this](const Sortable& a, const Sortable& b) { return compareRows(a, b); });
     }
 
+    /// The state of a row whose children were asked for and do not show.
+    virtual RowState stateWithoutSubRows(const RowID& row) const = 0;
+
     /// Appends the visible rows below `parent` to `rows`, beside the model's own vector, so that they go in
-    /// with one move. False if it was cancelled; what was made until then is in `rows`. `parent`'s state
-    /// becomes `RowLeaf` if it has no children.
+    /// with one move. False if it was cancelled: that ends the loading, but of what is loaded all rows are
+    /// made, for a row that is open must show all its children. A row without any is open no longer.
     bool collectSubRows(Record& parent, std::vector<Record>& rows, notifykit2::IProgress* progress) {
         std::vector<Group> open;
-        if (!openGroup(parent, open, progress)) return !notifykit2::is_canceled(progress);
+        openGroup(parent, open, progress);
         while (!open.empty()) {
             Group& group = open.back();
             if (group.next == group.siblings.size()) {
@@ -146,9 +149,8 @@ protected:
             Record record{child.state, group.level, child.id};
             if (record.state == RowExpanded) openGroup(record, open, progress);
             rows.push_back(record);
-            if (notifykit2::is_canceled(progress)) return false;
         }
-        return true;
+        return !notifykit2::is_canceled(progress);
     }
 
     /// Puts `rows` in place of all visible rows; the row at `followed` (-1: none) is now at `to`.
@@ -171,18 +173,17 @@ private:
 
     static std::size_t at(int row) { return static_cast<std::size_t>(row); }
 
-    bool openGroup(Record& parent, std::vector<Group>& open, notifykit2::IProgress* progress) {
+    void openGroup(Record& parent, std::vector<Group>& open, notifykit2::IProgress* progress) {
         Group group;
         const int count = addSubRows(parent.id, group.siblings, progress);
         PANEDECK_EXPECT(count >= 0, "count >= 0");
         if (count <= 0) {
-            if (count == 0 && !notifykit2::is_canceled(progress)) parent.state = RowLeaf;
-            return false;
+            parent.state = stateWithoutSubRows(parent.id);
+            return;
         }
         if (isSortingEnabled() && group.siblings.size() >= 2) sortSiblings(group.siblings);
         group.level = parent.level + 1;
         open.push_back(std::move(group));
-        return true;
     }
 
     ExpandedRows open(int row, notifykit2::IProgress* progress) {

@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -70,6 +71,7 @@ public:
     std::string verify() const {
         if (std::string fault = this->verifyRows(); !fault.empty()) return fault;
         std::vector<const Item*> path;
+        std::unordered_map<const Item*, std::size_t> shown;
         for (int row = 0; row < this->rowCount(); ++row) {
             const Record& record = this->rows()[static_cast<std::size_t>(row)];
             path.resize(static_cast<std::size_t>(record.level));
@@ -78,7 +80,12 @@ public:
             if ((record.state == RowExpanded) != (record.id->expanded && record.id->hasChildren))
                 return "row " + std::to_string(row) + " and its item disagree on being open";
             path.push_back(record.id);
+            ++shown[record.id->parent];
+            if (record.state == RowExpanded && !record.id->children)
+                return "row " + std::to_string(row) + " is open but was never loaded";
         }
+        for (const auto& [parent, count] : shown)
+            if (count != parent->children->size()) return "a row shows only some of its children";
         return {};
     }
 
@@ -130,11 +137,19 @@ protected:
     int addSubRows(Item* const& parent, std::vector<Sortable>& children,
                    notifykit2::IProgress* progress) override {
         const int count = loadItems(*parent, progress);
-        if (count <= 0) return count;
+        if (count <= 0) {
+            // Unless it has none, it can be opened again.
+            if (parent->hasChildren && parent->parent) parent->expanded = false;
+            return count;
+        }
         children.reserve(parent->children->size());
         for (Item& child : *parent->children)
             children.push_back({&child, stateOf(child), 0});
         return count;
+    }
+
+    RowState stateWithoutSubRows(Item* const& row) const override {
+        return row->hasChildren ? RowCollapsed : RowLeaf;
     }
 
     /// The index of an item's row, -1 if it does not show. Cost: the rows.
