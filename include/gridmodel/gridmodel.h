@@ -231,16 +231,20 @@ private:
     friend class Lock;
     friend class DBLock;
 
-    void replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
+    /// These three give false if the top rows could not be read.
+    bool replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
                      std::shared_ptr<dataface1::ITableTreeHelper> helper, notifykit2::IProgress* progress);
-    void replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
+    bool replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
                          std::shared_ptr<dataface1::ITableTreeHelper> helper, const SortingInfo& sortingInfo,
                          notifykit2::IProgress* progress);
+    bool loadNewRows(notifykit2::IProgress* progress);
     void cleanup(const bk2::sptr_t<dataface1::ITableTree>& tree,
                  std::shared_ptr<dataface1::ITableTreeHelper> helper, ColumnHierarchy& hierarchy,
                  notifykit2::IProgress* progress);
 
-    void loadNewRows(notifykit2::IProgress* progress);
+    void saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
+                         notifykit2::IProgress* progress) const;
+    void addUnrestored(GridRowState& state) const;
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     bool readTopRows(notifykit2::IProgress* progress);
     bool readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
@@ -276,7 +280,6 @@ private:
     RowPtr m_footerRow;
     std::set<std::uint64_t> m_expandingRows; ///< ids of rows that are being opened: they show "w"
     StackMode m_stackMode = TreeMode;
-    StackMode m_shownStackMode = TreeMode; ///< how the rows that stand in the model were made
     bk2::sptr_t<dataface1::IInputData> m_inputData;
     bk2::sptr_t<dataface1::IInputData> m_extraInputData;
     // Counts the trees and modes that the items were made for: whoever gave the lock up sees that its items
@@ -288,6 +291,8 @@ private:
     SortingCondition m_sorting;
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
+    // What the last restoration was to bring back, if it was cancelled or failed: the next one tries again.
+    GridRowState m_unrestored;
     GridSearchHelper m_searchHelper;
     std::shared_ptr<SelectedItems<RowPtr>> m_selectedRows;
 };

@@ -9,7 +9,8 @@ namespace panedeck {
 class GridModel::GridStateGuard {
 public:
     GridStateGuard(GridModel& grid, notifykit2::IProgress* progress) : m_grid(grid), m_progress(progress) {
-        m_grid.saveGridRowState(m_state, m_progress);
+        // Not to be cancelled: what is not saved now is lost.
+        m_grid.saveGridRowState(m_state, nullptr);
     }
     ~GridStateGuard() { m_grid.restoreGridRowState(m_state, m_progress); }
     GridStateGuard(const GridStateGuard&) = delete;

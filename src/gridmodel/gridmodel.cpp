@@ -49,12 +49,13 @@ bk2::error_code_t GridModel::init(const bk2::sptr_t<dataface1::ITableTree>& tree
         DBLock reading(*this);
         const auto rows = tree->getRows(progress);
         if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
+        PANEDECK_REQUIRE(rows, "rows", bk2::kinds::failed_to_get_the_object, "rows");
     }
-    if (viewParams.grouping == m_viewParams.grouping)
-        replaceTree(tree, std::move(helper), progress);
-    else
-        replaceGrouping(tree, std::move(helper), sortingInfo, progress);
+    const bool loaded = viewParams.grouping == m_viewParams.grouping
+                            ? replaceTree(tree, std::move(helper), progress)
+                            : replaceGrouping(tree, std::move(helper), sortingInfo, progress);
     if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
+    PANEDECK_REQUIRE(loaded, "loaded", bk2::kinds::failed_to_get_the_object, "rows");
 
     m_viewParams = viewParams;
     propagateColumnMaxValues(m_columns);
@@ -64,34 +65,38 @@ bk2::error_code_t GridModel::init(const bk2::sptr_t<dataface1::ITableTree>& tree
     return bk2::error_code_t::success();
 }
 
-void GridModel::replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
+bool GridModel::replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
                             std::shared_ptr<dataface1::ITableTreeHelper> helper,
                             notifykit2::IProgress* progress) {
     ColumnHierarchy unused;
+    bool loaded = false;
     {
         GridStateGuard keepsState(*this, progress);
         cleanup(tree, std::move(helper), unused, progress);
-        loadNewRows(progress);
+        loaded = loadNewRows(progress);
     }
     // The columns are new; the formats that were chosen for their forerunners stay.
     updateColumnFormat(m_columns, m_columnHierarchy);
+    return loaded;
 }
 
-void GridModel::loadNewRows(notifykit2::IProgress* progress) {
-    loadTopRows(progress);
+bool GridModel::loadNewRows(notifykit2::IProgress* progress) {
+    const bool loaded = loadTopRows(progress) >= 0;
     // Before rows are opened again: an index that means no row by now must not come to mean one of those.
     if (getCurrentRow() >= getRowCount()) m_selectedRows->setCurrentRow(-1);
+    return loaded;
 }
 
-void GridModel::replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
+bool GridModel::replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
                                 std::shared_ptr<dataface1::ITableTreeHelper> helper,
                                 const SortingInfo& sortingInfo, notifykit2::IProgress* progress) {
     ColumnHierarchy hierarchy;
     cleanup(tree, std::move(helper), hierarchy, progress);
     m_columnHierarchy = std::move(hierarchy);
     m_selectedRows->setCurrentRow(-1);
+    m_unrestored = {};
     setSortingCondition(sortingInfo);
-    loadTopRows(progress);
+    return loadNewRows(progress);
 }
 
 void GridModel::cleanup(const bk2::sptr_t<dataface1::ITableTree>& tree,
@@ -128,8 +133,8 @@ int GridModel::addNewItems(const RowPtr* parentData, std::vector<RowPtr>& childr
                            notifykit2::IProgress* progress) {
     bk2::iterator_ptr_t<RowPtr> rows;
     if (!parentData) {
-        m_shownStackMode = m_stackMode;
         if (m_tree) rows = m_tree->getRows(progress);
+        if (m_tree && !rows && !notifykit2::is_canceled(progress)) return -1;
     } else if ((*parentData)->getChildRows(rows, progress, true) == dataface1::ITreeNode::ecsfError) {
         return notifykit2::is_canceled(progress) ? 0 : -1;
     }

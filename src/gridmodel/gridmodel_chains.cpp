@@ -10,12 +10,16 @@ void GridModel::decorateRow(RowPtr& row) const {
 
 void GridModel::toggleStackMode(const StackMode& mode, notifykit2::IProgress* progress) {
     if (mode == m_stackMode) return;
+    const StackMode before = m_stackMode;
     m_stackMode = mode;
+    const bool isCurrent = readTopRows(progress);
+    if (notifykit2::is_canceled(progress)) m_stackMode = before;
+    if (!isCurrent || notifykit2::is_canceled(progress)) return;
     GridRowState state;
-    saveGridRowState(state, progress);
+    // What is not saved now is lost, and so are the rows: from here on only opening them can be cancelled.
+    saveGridRowState(state, nullptr);
     clear();
-    if (!readTopRows(progress)) return;
-    loadNewRows(progress);
+    loadNewRows(nullptr);
     if (m_viewParams.expandLevels != 0) expandRowsRecursively(progress, 0);
     restoreGridRowState(state, progress);
 }

@@ -39,8 +39,12 @@ bool GridModel::rowKey(const dataface1::ITableRow& row, const dataface1::IColumn
 }
 
 void GridModel::saveGridRowState(GridRowState& state, notifykit2::IProgress* progress) const {
-    const auto groupingColumn = getGroupingColumn();
-    if (!groupingColumn) return;
+    if (const auto groupingColumn = getGroupingColumn()) saveVisibleRows(*groupingColumn, state, progress);
+    addUnrestored(state);
+}
+
+void GridModel::saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
+                                notifykit2::IProgress* progress) const {
     // The provider's level behind each visible row on the way down: a folded row stands for several.
     std::vector<int> levelBelow;
     for (int row = 0; row < getRowCount() && !notifykit2::is_canceled(progress); ++row) {
@@ -49,7 +53,7 @@ void GridModel::saveGridRowState(GridRowState& state, notifykit2::IProgress* pro
         int level = front;
         for (const RowPtr& provided : providerRows(getRowByIndex(row))) {
             bk2::variant_t key;
-            const bool known = rowKey(*provided, *groupingColumn, key);
+            const bool known = rowKey(*provided, groupingColumn, key);
             auto& keys = keysOfLevel(state, level);
             if (row == getCurrentRow() && level == front) {
                 state.focusKey = key;
@@ -63,19 +67,31 @@ void GridModel::saveGridRowState(GridRowState& state, notifykit2::IProgress* pro
     }
 }
 
+void GridModel::addUnrestored(GridRowState& state) const {
+    for (std::size_t level = 0; level < m_unrestored.expandedKeys.size(); ++level) {
+        const auto& keys = m_unrestored.expandedKeys[level];
+        keysOfLevel(state, static_cast<int>(level)).insert(keys.begin(), keys.end());
+    }
+    if (m_unrestored.focusLevel < 0) return;
+    state.focusKey = m_unrestored.focusKey;
+    state.focusLevel = m_unrestored.focusLevel;
+}
+
 /// Puts a saved state back into new items, level by level, so that each level takes the database lock once.
 class GridModel::StateRestoration {
 public:
     StateRestoration(GridModel& grid, const GridRowState& state, notifykit2::IProgress* progress)
         : m_grid(grid), m_state(state), m_progress(progress), m_groupingColumn(grid.getGroupingColumn()) {}
 
-    void run() {
+    /// False if something of the state is not back: it was cancelled, or rows could not be read.
+    bool run() {
         std::vector<Place> level;
+        m_failed = !m_grid.root().children && m_grid.root().hasChildren;
         addChildren(m_grid.root(), 0, level);
         while (!level.empty()) {
             std::vector<Place> open = selectOpen(level);
             level.clear();
-            if (!preload(open)) return;
+            if (!preload(open)) return false;
             for (const Place& place : open)
                 openItem(place, level);
         }
@@ -83,6 +99,7 @@ public:
         // A row that is folded away has no index of its own: the first one stands for it.
         if (m_focusFound)
             m_grid.m_selectedRows->setCurrentRow(m_focus ? std::max(m_grid.visibleRow(*m_focus), 0) : 0);
+        return !m_failed && !notifykit2::is_canceled(m_progress);
     }
 
 private:
@@ -143,7 +160,9 @@ private:
 
     void openItem(const Place& place, std::vector<Place>& next) {
         if (notifykit2::is_canceled(m_progress)) return;
-        if (m_grid.loadItems(*place.item, m_progress) <= 0) return;
+        const int count = m_grid.loadItems(*place.item, m_progress);
+        m_failed = m_failed || count < 0;
+        if (count <= 0) return;
         place.item->expanded = true;
         if (place.levelBelow >= 0) addChildren(*place.item, place.levelBelow, next);
     }
@@ -154,11 +173,13 @@ private:
     bk2::sptr_t<dataface1::IColumnInfo> m_groupingColumn;
     const Item* m_focus = nullptr; ///< null for a row that is folded away
     bool m_focusFound = false;
+    bool m_failed = false;
 };
 
 void GridModel::restoreGridRowState(const GridRowState& state, notifykit2::IProgress* progress) {
-    if (state.expandedKeys.empty() || !getGroupingColumn()) return;
-    StateRestoration(*this, state, progress).run();
+    if (state.expandedKeys.empty()) return;
+    const bool restored = getGroupingColumn() && StateRestoration(*this, state, progress).run();
+    m_unrestored = restored ? GridRowState() : state;
 }
 
 } // namespace panedeck

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -86,6 +87,7 @@ public:
     std::map<std::pair<std::size_t, int>, bk2::variant_t> otherContents; ///< by column index and contents
     std::vector<FakeRow*> children;
     bool fails = false; ///< its child rows cannot be read
+    std::function<void()> whileReading = [] {};
     mutable bool atHand = false;
 };
 
@@ -111,6 +113,11 @@ public:
     /// Adds a row behind its last sibling; null stands for the top.
     FakeRow& addRow(FakeRow* parent, const std::string& name, std::vector<bk2::variant_t> values = {});
 
+    /// True at the read that is to fail.
+    static bool failsNow() { return readsUntilFailure >= 0 && readsUntilFailure-- == 0; }
+
+    /// Reads of rows, of all trees, that go well before one fails; negative: all go well.
+    static inline int readsUntilFailure = -1;
     bool failsToGiveRows = false;
     mutable std::size_t rowsPasses = 0; ///< how often all top rows were asked for
 
@@ -256,7 +263,8 @@ inline bool FakeRow::getValue(const dataface1::IColumnInfo* column, int contents
 inline int FakeRow::getChildRows(bk2::iterator_ptr_t<bk2::sptr_t<dataface1::ITableRow>>& result,
                                  notifykit2::IProgress* progress, bool all) const {
     if (!all) return atHand || children.empty() ? ecsfAtHand : ecsfUnknown;
-    if (fails || notifykit2::is_canceled(progress)) return ecsfError;
+    whileReading();
+    if (fails || m_tree.failsNow() || notifykit2::is_canceled(progress)) return ecsfError;
     atHand = true;
     result = bk2::make_vector_iterator(
         std::vector<bk2::sptr_t<dataface1::ITableRow>>(children.begin(), children.end()));
@@ -266,7 +274,7 @@ inline int FakeRow::getChildRows(bk2::iterator_ptr_t<bk2::sptr_t<dataface1::ITab
 inline bk2::iterator_ptr_t<bk2::sptr_t<dataface1::ITableRow>>
 FakeTableTree::getRows(notifykit2::IProgress* progress) const {
     ++rowsPasses;
-    if (failsToGiveRows || notifykit2::is_canceled(progress)) return nullptr;
+    if (failsToGiveRows || failsNow() || notifykit2::is_canceled(progress)) return nullptr;
     return bk2::make_vector_iterator(
         std::vector<bk2::sptr_t<dataface1::ITableRow>>(m_topRows.begin(), m_topRows.end()));
 }

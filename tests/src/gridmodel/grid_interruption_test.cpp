@@ -1,0 +1,282 @@
+// Operations that are cancelled at each place where they look, or whose provider fails at each read: the
+// model stays in order and answers, and asking again brings what the first time would have brought.
+
+#include "gridmodel/grid_bags.h"
+#include "gridmodel/gridmodel.h"
+#include "support/checkpoints.h"
+#include "support/fake_table_tree.h"
+#include "support/log_capture.h"
+#include "support/temporary_folder.h"
+#include "utils/csv_writer.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace panedeck::tests {
+namespace {
+
+using bk2::variant_bag_t;
+
+/// Is cancelled when it is asked for the N-th time, counted from 0, and from then on.
+class CancelAt : public bk2::ref_counted_t<CancelAt, bk2::mt_ref_count_impl_t, notifykit2::IProgress> {
+public:
+    explicit CancelAt(int poll) : m_left(poll) {}
+    void start(const std::string&, std::uint64_t) override {}
+    void advance_to(std::uint64_t) override {}
+    void cancel() override { m_left = 0; }
+    bool is_canceled() const override { return m_left == 0 || --m_left == 0; }
+    bool isReached() const { return m_left == 0; }
+
+private:
+    mutable int m_left;
+};
+
+constexpr char program[] = R"(main | 10
+  parse | 6
+    read | 4
+      open | 4
+        seek | 1
+        load | 3
+    lex | 2
+  draw | 4
+    fill | 4
+idle | 3
+  wait | 3
+    poll | 3
+free | 1)";
+
+bk2::sptr_t<FakeTableTree> newTree() {
+    const auto level = bk2::make_sptr<FakeInfoQuery>("/CallStack");
+    level->recursion = "runs on";
+    return makeTree({{makeMetric("cycles"), dataface1::column_data | dataface1::column_self}}, program,
+                    {level});
+}
+
+/// A model with some rows open, selected and current.
+class InterruptedGrid {
+public:
+    InterruptedGrid() {
+        EXPECT_TRUE(refresh("/CallStack", 0, nullptr).succeeded());
+        for (const char* name : {"main", "parse"})
+            model->expandRow(rowOf(name), true, nullptr);
+        (void)model->processRowSelection(rowOf("read"), 0, SelectSetSingle);
+        (void)model->processRowSelection(rowOf("lex"), 0, SelectToggle);
+    }
+
+    bk2::error_code_t refresh(const std::string& grouping, int levels, notifykit2::IProgress* progress) {
+        GridViewParams params;
+        params.grouping = grouping;
+        params.startRow = 0;
+        params.rowCount = 100;
+        params.expandLevels = levels;
+        return model->init(newTree(), params, KeepStackMode, {}, progress);
+    }
+
+    int rowOf(const std::string& name) const {
+        for (int row = 0; row < model->getRowCount(); ++row)
+            if (model->getCellContentByIndex(row, 0).text() == name) return row;
+        return -1;
+    }
+
+    std::string show() const {
+        std::string text;
+        for (int row = 0; row < model->getRowCount(); ++row)
+            text += std::string(static_cast<std::size_t>(model->getRowLevel(row)) * 2, ' ') +
+                    "+- "[model->getRowState(row)] +
+                    bk2::get_value_string(model->getCellContentByIndex(row, 0)) +
+                    (showsCurrent && model->getCurrentRow() == row ? " <" : "") + "\n";
+        return text;
+    }
+
+    void expectOrder(const std::string& when) const {
+        EXPECT_EQ(model->verify(), "") << when << "\n" << show();
+        EXPECT_LT(model->getCurrentRow(), std::max(model->getRowCount(), 1)) << when;
+        variant_bag_t answer;
+        EXPECT_EQ(saveGridModelToVBag(RefreshRequest, model, answer), model->getColumnCount() > 0) << when;
+        const auto* rows = answer.get<variant_bag_t>("rows");
+        const std::size_t shown = rows ? rows->count<variant_bag_t>("row") : 0;
+        EXPECT_EQ(shown, static_cast<std::size_t>(model->getRowCount())) << when;
+    }
+
+    bool showsCurrent = true;
+    bk2::sptr_t<GridModel> model = bk2::make_sptr<GridModel>(GridTopDown, nullptr, nullptr, nullptr);
+    TemporaryFolder folder;
+};
+
+struct operation_t {
+    const char* name;
+    /// A cancelled expansion moves rows without telling the current row.
+    bool keepsCurrent;
+    /// What came of it beside the rows.
+    std::function<std::string(InterruptedGrid&, notifykit2::IProgress*)> run;
+    /// What a pane asks for afterwards; the same once more if there is nothing.
+    std::function<std::string(InterruptedGrid&, notifykit2::IProgress*)> repair = {};
+};
+
+std::string refreshAgain(InterruptedGrid& grid, notifykit2::IProgress* progress) {
+    return grid.refresh("/CallStack", 0, progress).failed() ? "failed" : "";
+}
+
+const std::vector<operation_t> operations = {
+    {"expand", false,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->expandRow(grid.rowOf("draw"), true, progress);
+         return std::string();
+     }},
+    {"expand what was open below", false,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->expandRow(grid.rowOf("main"), false, nullptr);
+         grid.model->expandRow(grid.rowOf("main"), true, progress);
+         return std::string();
+     }},
+    {"expand recursively", false,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->expandRowsRecursively(progress, 0);
+         return std::string();
+     }},
+    {"expand selected", false,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->expandSelectedRows(progress);
+         return std::string();
+     }},
+    {"collapse all", true,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->collapseAllRows(progress);
+         return std::string();
+     }},
+    {"refresh", true, refreshAgain},
+    {"refresh of another grouping", true,
+     [](InterruptedGrid& grid, auto* progress) {
+         return std::string(grid.refresh("/Function", 2, progress).failed() ? "failed" : "");
+     }},
+    {"chains", true,
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->toggleStackMode(ChainMode, progress);
+         return std::string();
+     },
+     [](InterruptedGrid& grid, auto* progress) {
+         grid.model->toggleStackMode(ChainMode, progress);
+         return refreshAgain(grid, progress);
+     }},
+    {"search", true,
+     [](InterruptedGrid& grid, auto* progress) {
+         variant_bag_t found;
+         (void)grid.model->search("i", found, progress);
+         return bk2::get_value_string(found.get_variant("foundItemCount"));
+     }},
+    {"export", true,
+     [](InterruptedGrid& grid, auto* progress) {
+         const auto code = grid.model->exportToCsv(createCSVWriter(grid.folder / "grid.csv", ','), progress);
+         EXPECT_TRUE(code.succeeded() || code.is_canceled());
+         std::ostringstream text;
+         text << std::ifstream(grid.folder / "grid.csv").rdbuf();
+         return text.str();
+     }},
+};
+
+class GridInterruption : public testing::TestWithParam<operation_t> {
+protected:
+    static std::string repair(InterruptedGrid& grid) {
+        const auto& again = GetParam().repair ? GetParam().repair : GetParam().run;
+        const std::string result = again(grid, nullptr);
+        return grid.show() + result;
+    }
+
+    static std::string uninterrupted(bool showsCurrent) {
+        InterruptedGrid grid;
+        grid.showsCurrent = showsCurrent;
+        (void)GetParam().run(grid, nullptr);
+        return repair(grid);
+    }
+
+    LogCapture m_silent{static_cast<logkit1::level_t>(50000)};
+};
+
+TEST_P(GridInterruption, CanceledAtEachPoll) {
+    const std::string expected = uninterrupted(GetParam().keepsCurrent);
+    for (int poll = 1;; ++poll) {
+        const std::string when = "cancelled at poll " + std::to_string(poll);
+        InterruptedGrid grid;
+        grid.showsCurrent = GetParam().keepsCurrent;
+        const auto progress = bk2::make_sptr<CancelAt>(poll);
+        (void)GetParam().run(grid, progress.get());
+        grid.expectOrder(when);
+        EXPECT_EQ(repair(grid), expected) << when;
+        grid.expectOrder(when + " and repaired");
+        if (progress->isReached()) continue;
+        EXPECT_GT(poll, 1) << "it was never asked";
+        return;
+    }
+}
+
+TEST_P(GridInterruption, FailingAtEachRead) {
+    const std::string expected = uninterrupted(true);
+    for (int read = 0;; ++read) {
+        const std::string when = "failing at read " + std::to_string(read);
+        InterruptedGrid grid;
+        FakeTableTree::readsUntilFailure = read;
+        (void)GetParam().run(grid, nullptr);
+        const bool isReached = FakeTableTree::readsUntilFailure < 0;
+        FakeTableTree::readsUntilFailure = -1;
+        grid.expectOrder(when);
+        EXPECT_EQ(repair(grid), expected) << when;
+        if (!isReached) return;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, GridInterruption, testing::ValuesIn(operations),
+                         [](const auto& operation) {
+                             std::string name = operation.param.name;
+                             std::erase(name, ' ');
+                             return name;
+                         });
+
+TEST(GridLocks, AScrollRunsWhileANestedHolderReads) {
+    const auto tree = newTree();
+    InterruptedGrid grid;
+    GridViewParams params;
+    params.startRow = 0;
+    params.rowCount = 100;
+    ASSERT_TRUE(grid.model->init(tree, params, KeepStackMode, {}, nullptr).succeeded());
+    Checkpoints checkpoints;
+    tree->row("main").whileReading = [&] { checkpoints.pass("reading"); };
+
+    std::thread holder([&] {
+        GridModel::Lock outer(grid.model);
+        {
+            GridModel::Lock nested(grid.model);
+            grid.model->expandRow(0, true, nullptr);
+        }
+        checkpoints.pass("still holding");
+    });
+    checkpoints.waitFor("reading");
+    const auto states = [&] {
+        GridModel::Lock lock(grid.model);
+        EXPECT_TRUE(grid.model->validateAndSetViewParams(params));
+        variant_bag_t answer;
+        saveGridModelToVBag(ScrollRequest, grid.model, answer);
+        std::string text;
+        for (auto row = answer.get<variant_bag_t>("rows")->begin<variant_bag_t>(); !row.at_end(); row.next())
+            text += row.get_value().get_variant("state").text();
+        return text;
+    };
+    EXPECT_EQ(states(), "w++");
+    checkpoints.open("reading");
+    checkpoints.waitFor("still holding");
+    std::thread scroll([&] {
+        checkpoints.reach("scrolls");
+        EXPECT_EQ(states(), "-++++");
+        checkpoints.reach("scrolled");
+    });
+    checkpoints.waitFor("scrolls");
+    EXPECT_EQ(checkpoints.count("scrolled"), 0u) << "the end of the nested lock lets nobody in";
+    checkpoints.open("still holding");
+    holder.join();
+    scroll.join();
+}
+
+} // namespace
+} // namespace panedeck::tests
