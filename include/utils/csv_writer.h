@@ -27,11 +27,12 @@ public:
     void writeRowEnd();
 
 private:
-    void checkStream() const;
+    void checkStream();
 
     std::ofstream m_fileStream;
     char m_separator;
     bool m_atLineStart = false;
+    bool m_told = false; ///< that it fails was logged: a full disk needs no line for each cell
     std::string m_item; ///< reused from item to item
 };
 
