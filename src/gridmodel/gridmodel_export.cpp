@@ -3,6 +3,7 @@
 #include "gridmodel/gridmodel.h"
 #include "utils/csv_writer.h"
 
+#include <boost/algorithm/string/join.hpp>
 #include <boost/algorithm/string/replace.hpp>
 
 #include <algorithm>
@@ -29,12 +30,10 @@ void spellChainMarks(std::string& text) {
 }
 
 std::string joinCaptions(const std::vector<GridModel::ColumnPtr>& columns) {
-    std::string line;
-    for (const auto& column : columns) {
-        if (column != columns.front()) line += column_separator;
-        line += column->getColumnCaption();
-    }
-    return line;
+    std::vector<std::string> captions;
+    for (const auto& column : columns)
+        captions.push_back(column->getColumnCaption());
+    return boost::algorithm::join(captions, column_separator);
 }
 
 void writeCaptions(const std::vector<GridModel::ColumnPtr>& columns, CSVWriter& writer) {
@@ -53,12 +52,12 @@ bk2::error_code_t GridModel::exportToCsv(std::shared_ptr<CSVWriter> writer,
     std::string text;
     for (int row = 0; row < getRowCount(); ++row) {
         writer->writeRowBegin();
+        // By position: a hierarchy may name a column twice.
+        auto indentation = static_cast<std::size_t>(getRowLevel(row));
         for (const ColumnPtr& column : columns) {
-            const std::size_t indentation =
-                column == columns.front() ? static_cast<std::size_t>(getRowLevel(row)) : 0;
             text.clear();
             getCellTextForExport(row, column, text);
-            writer->writeItem(std::string(indentation, ' ') + text);
+            writer->writeItem(std::string(std::exchange(indentation, 0), ' ') + text);
             if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
         }
         writer->writeRowEnd();
@@ -108,9 +107,9 @@ bk2::error_code_t GridModel::copySelectedRowsToString(std::string& text) const {
 std::string GridModel::shownLine(int row, const std::vector<ColumnPtr>& columns) const {
     const RowPtr tableRow = getRowByIndex(row);
     std::string line, cell;
-    for (const ColumnPtr& column : columns) {
-        if (column != columns.front()) line += column_separator;
-        column->formatCell(*tableRow, cell, getRowLevel(row));
+    for (std::size_t i = 0; i < columns.size(); ++i) {
+        if (i > 0) line += column_separator;
+        columns[i]->formatCell(*tableRow, cell, getRowLevel(row));
         line += cell;
     }
     return line;
