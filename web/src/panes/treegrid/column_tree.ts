@@ -58,6 +58,30 @@ export class ColumnTree {
         return new ColumnTree(columns, this.roots);
     }
 
+    /**
+     * This tree with what a person had made of the columns of an earlier one: hidden, collapsed, format. Columns are the
+     * same if their query is. The tree itself if that changes nothing.
+     */
+    withWishesOf(earlier: ColumnTree): ColumnTree {
+        const known = new Map(earlier.all.map(({ node }) => [keyOf(earlier.columns[node.column]), node]));
+        let tree: ColumnTree = this;
+        for (const { node } of this.all) {
+            const wish = known.get(keyOf(this.columns[node.column]));
+            if (!wish) continue;
+            if (wish.isHidden !== node.isHidden) tree = tree.withHidden(node.column, wish.isHidden);
+            if (wish.isCollapsed !== node.isCollapsed) tree = tree.withCollapsed(node.column, wish.isCollapsed);
+            const column = this.columns[node.column];
+            const format = earlier.columns[wish.column]?.format;
+            if (
+                format !== undefined &&
+                column?.availableFormats.some(({ id }) => id === format) &&
+                format !== column.format
+            )
+                tree = tree.withFormat(node.column, format);
+        }
+        return tree;
+    }
+
     /** The tree as `columnState` wants to have it: children stand as child bags under a bag `column`. */
     toBag(): Bag {
         return this.#fillNode(new Bag().put('dataIndex', s32(-1)), this.roots);
@@ -88,6 +112,11 @@ export class ColumnTree {
             });
         return new ColumnTree(this.columns, changeIn(this.roots));
     }
+}
+
+/** What tells a column from all others of a grid, in this answer and in the next. */
+function keyOf(column: GridColumn | undefined): string {
+    return column ? `${column.query} ${column.queryFlag} ${column.caption}` : '';
 }
 
 function layOut(

@@ -151,7 +151,11 @@ export class TreeGridPane {
             this.#isStale = false;
             this.#frame.clearFailure();
             this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
+            const { tree } = this.#state;
             this.#take(answer);
+            // A host that was started anew knows nothing of the columns that a person hid.
+            const kept = this.#state.tree.withWishesOf(tree);
+            if (kept !== this.#state.tree) this.#changeTree(kept);
         });
         if (!signal.aborted) this.#view.element.removeAttribute('aria-busy');
     }

@@ -78,6 +78,19 @@ describe('the tree of columns', () => {
         expect(formats(tree.withFormat(2, 'percent'))).toBe('time time percent percent percent time time');
     });
 
+    it('takes over what a person made of an earlier tree with the same columns', () => {
+        const own = tree.withCollapsed(1, false).withHidden(6, true);
+        expect(shown(tree.withWishesOf(own))).toBe('name a b c');
+        expect(tree.withWishesOf(tree)).toBe(tree);
+        const others = readColumns([{ caption: 'name' }, { caption: 'other' }]);
+        expect(new ColumnTree(others, readHierarchy({}, others)).withWishesOf(own).shown).toHaveLength(2);
+        const percent = { ...COLUMNS[6]!, availableFormats: [{ id: 'percent', label: '' }] };
+        const offering = new ColumnTree([...COLUMNS.slice(0, 6), percent], tree.roots);
+        const wished = offering.withWishesOf(tree.withFormat(6, 'percent').withFormat(5, 'percent'));
+        expect(wished.columns.map(({ format }) => format)[6]).toBe('percent');
+        expect(wished.columns.map(({ format }) => format)[5]).toBe('time');
+    });
+
     it('goes to the host as child bags under a bag "column"', () => {
         const small = new ColumnTree(COLUMNS.slice(0, 3), [
             { column: 0, isCollapsed: false, isHidden: false, children: [] },
