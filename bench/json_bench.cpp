@@ -1,5 +1,5 @@
-// Writing about 20 MB of JSON, beside RapidJSON's writer driven directly with the same values into memory. The same
-// run measures both; the ratios at the end are to stay below the limit.
+// Writing about 20 MB of JSON, beside RapidJSON's writer driven directly with the same values into memory.
+// The same run measures both; the ratios at the end are to stay below the limit.
 
 #include "basekit/variant_bag.h"
 #include "transport/json_serialization.h"
@@ -23,9 +23,13 @@ using bk2::variant_t;
 constexpr unsigned row_count = 25'000;
 constexpr unsigned cell_count = 12;
 
-std::string function_name(unsigned row) { return "panedeck::sample::function_number_" + std::to_string(row % 5000); }
+std::string function_name(unsigned row) {
+    return "panedeck::sample::function_number_" + std::to_string(row % 5000);
+}
 
-double weight(unsigned row, unsigned cell) { return (row * 31 + cell * 17) % 100'000 / 8.0; }
+double weight(unsigned row, unsigned cell) {
+    return (row * 31 + cell * 17) % 100'000 / 8.0;
+}
 
 /// A grid's answer: per row its level, its function's name and cells with a raw value and a shown text.
 void fill_rows(variant_bag_t& bag) {
@@ -151,7 +155,8 @@ void read_bag(benchmark::State& state) {
     count_bytes(state, text.size());
 }
 
-/// Prints what is measured and keeps the best run of each benchmark, in time of this process: others may be at work.
+/// Prints what is measured and keeps the best run of each benchmark, in time of this process: others may be
+/// at work.
 class BestReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {

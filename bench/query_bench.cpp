@@ -135,7 +135,8 @@ void openWholeTree(benchmark::State& state, const char* grouping, int type) {
     for (auto _ : state) {
         const auto query = slicerkit1::ITableTreeQuery::create();
         bk2::sptr_t<dataface1::ITableTree> tree;
-        if (query->addInputData(input).failed() || query->addColumnQuery(library->findQuery("/Metrics")).failed() ||
+        if (query->addInputData(input).failed() ||
+            query->addColumnQuery(library->findQuery("/Metrics")).failed() ||
             query->setGroupingQuery(library->findQuery(grouping)).failed() ||
             query->getTableTree(tree, nullptr, type).failed())
             std::abort();
@@ -221,7 +222,8 @@ void smallSizes(benchmark::internal::Benchmark* bench) {
 }
 
 BENCHMARK_CAPTURE(openWholeTree, topDown, "/CallStack", slicerkit1::query_top_down)->Apply(smallSizes);
-BENCHMARK_CAPTURE(openWholeTree, bottomUp, "/Function/ParentCallStack", slicerkit1::query_bottom_up)->Apply(smallSizes);
+BENCHMARK_CAPTURE(openWholeTree, bottomUp, "/Function/ParentCallStack", slicerkit1::query_bottom_up)
+    ->Apply(smallSizes);
 BENCHMARK(bareRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(openAgain)->Unit(benchmark::kMillisecond);
 

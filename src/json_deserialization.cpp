@@ -15,7 +15,8 @@ using bk2::variant_t;
 
 namespace {
 
-/// Builds a bag from the events of RapidJSON's reader. Beside the bag in work it holds the last key and nothing else.
+/// Builds a bag from the events of RapidJSON's reader. Beside the bag in work it holds the last key and
+/// nothing else.
 class Handler {
 public:
     explicit Handler(variant_bag_t& root) : m_root(root) {}
@@ -27,7 +28,9 @@ public:
     bool Int64(bk2::s64_t value) { return store(value); }
     bool Uint64(bk2::u64_t value) { return store(value); }
     bool Double(double value) { return store(value); }
-    bool String(const char* text, rapidjson::SizeType size, bool) { return store(std::string_view(text, size)); }
+    bool String(const char* text, rapidjson::SizeType size, bool) {
+        return store(std::string_view(text, size));
+    }
     // Numbers come as numbers; the reader's interface wants this one all the same.
     bool RawNumber(const char* text, rapidjson::SizeType size, bool copy) { return String(text, size, copy); }
 
@@ -55,7 +58,8 @@ private:
 
     const variant_t* element_name() const { return m_currentNode->get<variant_t>(array_mark); }
 
-    // The one rule for where a value or a child bag goes: into an array under its element name, else under the key.
+    // The one rule for where a value or a child bag goes: into an array under its element name, else under
+    // the key.
     std::string_view target_name() const {
         const variant_t* const name = element_name();
         if (!name) return m_key;
@@ -94,8 +98,8 @@ const char* get_error_text(rapidjson::ParseErrorCode code) {
 
 // A zero byte ends the text for the reader, so that what stands behind one has to be refused here.
 rapidjson::ParseResult parse(const ustring8& text, variant_bag_t& bag) {
-    // Iterative: the depth of the input must not decide over the stack. Full precision: a number that was written
-    // reads back the same.
+    // Iterative: the depth of the input must not decide over the stack. Full precision: a number that was
+    // written reads back the same.
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag;
     rapidjson::MemoryStream stream(text.data(), text.size());
     rapidjson::Reader reader;
@@ -108,7 +112,8 @@ rapidjson::ParseResult parse(const ustring8& text, variant_bag_t& bag) {
 } // namespace
 
 error_code_t load_variant_bag_from_json_string(const ustring8& text, variant_bag_t& bag) {
-    PANEDECK_REQUIRE(bag.is_empty(), "bag.is_empty()", bk2::kinds::is_not_valid_argument, "Expected empty variant bag");
+    PANEDECK_REQUIRE(bag.is_empty(), "bag.is_empty()", bk2::kinds::is_not_valid_argument,
+                     "Expected empty variant bag");
     const rapidjson::ParseResult result = parse(text, bag);
     PANEDECK_REQUIRE(!result.IsError(), "!result.IsError()", bk2::kinds::failed_to_execute_this_operation,
                      "JSON deserialization error at position " + std::to_string(result.Offset()) + ": " +

@@ -26,9 +26,9 @@ void HostSession::addHandlers() {
     m_handlers->addRequestHandler(createOptionsRequestHandler(false));
     m_handlers->addRequestHandler(createGridRequestHandler(m_results.library, m_filterMgr, &m_events,
                                                            m_dataLock, m_results.first, m_results.second));
-    m_handlers->addRequestHandler(createGridViewRequestHandler(m_results.library, nullptr, m_filterMgr, &m_events,
-                                                               m_dataLock, m_results.first, m_results.second,
-                                                               nullptr, nullptr));
+    m_handlers->addRequestHandler(createGridViewRequestHandler(m_results.library, nullptr, m_filterMgr,
+                                                               &m_events, m_dataLock, m_results.first,
+                                                               m_results.second, nullptr, nullptr));
 }
 
 bk2::error_code_t HostSession::connect(const server_address_t& server, const std::string& role,

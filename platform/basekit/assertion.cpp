@@ -30,14 +30,16 @@ void log_and_stop(const assertion_site_t& site, const std::string& what) {
     const std::string place = std::string(site.file) + ":" + std::to_string(site.line);
     logkit1::log(logkit1::level_t::error, what + ", at file: " + place);
     if (!stops_on_assertion()) return;
-    const std::string text = std::string(site.condition) + "\n" + site.file + "(" + std::to_string(site.line) +
-                             "): " + site.function + "\n";
+    const std::string text = std::string(site.condition) + "\n" + site.file + "(" +
+                             std::to_string(site.line) + "): " + site.function + "\n";
     assertion_handler.load()(text.c_str());
 }
 
 } // namespace
 
-void report_assertion(const assertion_site_t& site) { log_and_stop(site, site.condition); }
+void report_assertion(const assertion_site_t& site) {
+    log_and_stop(site, site.condition);
+}
 
 error_code_t raise_assertion(const assertion_site_t& site, std::string_view kind, std::string_view message) {
     log_and_stop(site, std::string(kind) + ":" + std::string(message));

@@ -20,8 +20,12 @@ void bag_name_t::hold_outside(std::string_view text) {
     m_bytes[max_inline] = outside_mark;
 }
 
-std::string_view bag_name_t::outside_view() const noexcept { return *outside_text(m_bytes); }
+std::string_view bag_name_t::outside_view() const noexcept {
+    return *outside_text(m_bytes);
+}
 
-void bag_name_t::free_outside() noexcept { delete outside_text(m_bytes); }
+void bag_name_t::free_outside() noexcept {
+    delete outside_text(m_bytes);
+}
 
 } // namespace bk2

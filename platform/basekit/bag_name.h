@@ -11,8 +11,8 @@
 
 namespace bk2 {
 
-/// An immutable name of 16 bytes. Up to 15 bytes of text stand in the object itself, as nearly all names of entries
-/// do; a longer one is a text of its own.
+/// An immutable name of 16 bytes. Up to 15 bytes of text stand in the object itself, as nearly all names of
+/// entries do; a longer one is a text of its own.
 class PANEDECK_API bag_name_t {
 public:
     bag_name_t() noexcept = default;
@@ -44,7 +44,8 @@ public:
     /// Whether texts of that length stand in the object.
     static constexpr bool is_short(std::string_view text) noexcept { return text.size() <= max_inline; }
 
-    /// Whether this is the same name as `other`, which is a short one: two machine words, unused bytes being zero.
+    /// Whether this is the same name as `other`, which is a short one: two machine words, unused bytes being
+    /// zero.
     bool equals_short(const bag_name_t& other) const noexcept {
         return std::memcmp(m_bytes, other.m_bytes, sizeof m_bytes) == 0;
     }

@@ -25,7 +25,8 @@ error_code_t error_code_t::empty_result() {
     return error_code_t(info);
 }
 
-error_code_t error_code_t::raise(std::string_view kind, std::string_view message, const char* function, int line) {
+error_code_t error_code_t::raise(std::string_view kind, std::string_view message, const char* function,
+                                 int line) {
     return error_code_t(std::make_shared<const info_t>(
         info_t{std::string(kind), std::string(message), function ? function : "", line}));
 }
@@ -35,11 +36,17 @@ const error_code_t::info_t* error_code_t::status_info() {
     return status.m_info.get();
 }
 
-bool error_code_t::is_canceled() const { return m_info && m_info == canceled().m_info; }
+bool error_code_t::is_canceled() const {
+    return m_info && m_info == canceled().m_info;
+}
 
-bool error_code_t::is_empty_result() const { return m_info && m_info == empty_result().m_info; }
+bool error_code_t::is_empty_result() const {
+    return m_info && m_info == empty_result().m_info;
+}
 
-std::string_view error_code_t::kind() const { return m_info ? std::string_view(m_info->kind) : std::string_view(); }
+std::string_view error_code_t::kind() const {
+    return m_info ? std::string_view(m_info->kind) : std::string_view();
+}
 
 std::string_view error_code_t::message() const {
     return m_info ? std::string_view(m_info->message) : std::string_view();

@@ -10,8 +10,9 @@
 
 namespace bk2 {
 
-/// Finds entries of a sequence by name: a hash table over positions, and for each position the next one of the same
-/// name. The names stay in the sequence, which the callers hand in as `names`, a function from position to name.
+/// Finds entries of a sequence by name: a hash table over positions, and for each position the next one of
+/// the same name. The names stay in the sequence, which the callers hand in as `names`, a function from
+/// position to name.
 ///
 /// The hash is seeded anew in each process, so that no input can be made of names that collide.
 class name_index_t {

@@ -32,7 +32,9 @@ void* allocate_block(std::size_t size) {
     throw std::bad_alloc();
 }
 
-void release_block(void* memory) noexcept { std::free(memory); }
+void release_block(void* memory) noexcept {
+    std::free(memory);
+}
 
 } // namespace
 
@@ -109,7 +111,9 @@ void variant_t::drop_block() noexcept {
     block_t::free(m_payload.block);
 }
 
-void variant_t::report_refused_read() const { PANEDECK_EXPECT(false, "can_get<T>()"); }
+void variant_t::report_refused_read() const {
+    PANEDECK_EXPECT(false, "can_get<T>()");
+}
 
 const char* variant_t::narrow_characters() const noexcept {
     if (m_tag == vt_text) return m_payload.block->content();
@@ -121,7 +125,8 @@ double variant_t::real_value() const noexcept {
     if (m_tag == vt_float) return static_cast<double>(m_payload.real_single);
     if (!is_integer()) return 0;
     const bool is_unsigned = m_tag & 1u;
-    return is_unsigned ? static_cast<double>(m_payload.bits) : static_cast<double>(static_cast<s64_t>(m_payload.bits));
+    return is_unsigned ? static_cast<double>(m_payload.bits)
+                       : static_cast<double>(static_cast<s64_t>(m_payload.bits));
 }
 
 std::string_view variant_t::text() const noexcept {
@@ -132,7 +137,8 @@ std::string_view variant_t::text() const noexcept {
 std::wstring_view variant_t::wide_text() const noexcept {
     if (m_tag == vt_wide_text_ref) return m_payload.borrowed_wide;
     if (m_tag != vt_wide_text) return {};
-    return {reinterpret_cast<const wchar_t*>(m_payload.block->content()), m_payload.block->size / sizeof(wchar_t)};
+    return {reinterpret_cast<const wchar_t*>(m_payload.block->content()),
+            m_payload.block->size / sizeof(wchar_t)};
 }
 
 std::string_view variant_t::bytes() const noexcept {
@@ -149,7 +155,9 @@ sptr_t<object_interface_t> variant_t::object() const noexcept {
 
 namespace {
 
-bool is_text(const variant_t& value) { return value.is_narrow_text() || value.is_wide_text(); }
+bool is_text(const variant_t& value) {
+    return value.is_narrow_text() || value.is_wide_text();
+}
 
 // Bytes of UTF-8 are in the order of their code points.
 int compare_as_utf8(const variant_t& a, const variant_t& b) {
@@ -165,7 +173,8 @@ static_assert(std::numeric_limits<long double>::digits >= 64);
 long double exact_number(const variant_t& value) {
     if (!value.is_integer()) return value.get<double>();
     const bool is_unsigned = value.tag() & 1u;
-    return is_unsigned ? static_cast<long double>(value.get<u64_t>()) : static_cast<long double>(value.get<s64_t>());
+    return is_unsigned ? static_cast<long double>(value.get<u64_t>())
+                       : static_cast<long double>(value.get<s64_t>());
 }
 
 int rank(const variant_t& value) {
@@ -211,13 +220,19 @@ bool variant_t::operator<(const variant_t& other) const {
 
 std::string get_value_string(const variant_t& value) {
     switch (value.tag()) {
-    case vt_bool: return value.get<bool>() ? "true" : "false";
-    case vt_float: return shortest_text(static_cast<float>(value.get<double>()));
-    case vt_double: return shortest_text(value.get<double>());
+    case vt_bool:
+        return value.get<bool>() ? "true" : "false";
+    case vt_float:
+        return shortest_text(static_cast<float>(value.get<double>()));
+    case vt_double:
+        return shortest_text(value.get<double>());
     case vt_wide_text:
-    case vt_wide_text_ref: return portkit2::to_narrow(value.wide_text());
-    case vt_binary: return encode_base64(value.bytes());
-    default: return value.is_integer() ? integer_text(value) : std::string(value.text());
+    case vt_wide_text_ref:
+        return portkit2::to_narrow(value.wide_text());
+    case vt_binary:
+        return encode_base64(value.bytes());
+    default:
+        return value.is_integer() ? integer_text(value) : std::string(value.text());
     }
 }
 

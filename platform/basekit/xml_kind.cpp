@@ -14,9 +14,9 @@ struct named_kind_t {
 };
 
 constexpr named_kind_t value_kinds[] = {
-    {"bool", vt_bool},   {"s8_t", vt_s8},   {"u8_t", vt_u8},       {"s16_t", vt_s16},
-    {"u16_t", vt_u16},   {"s32_t", vt_s32}, {"u32_t", vt_u32},     {"s64_t", vt_s64},
-    {"u64_t", vt_u64},   {"float", vt_float}, {"double", vt_double}, {"wtext", vt_wide_text},
+    {"bool", vt_bool},     {"s8_t", vt_s8},     {"u8_t", vt_u8},       {"s16_t", vt_s16},
+    {"u16_t", vt_u16},     {"s32_t", vt_s32},   {"u32_t", vt_u32},     {"s64_t", vt_s64},
+    {"u64_t", vt_u64},     {"float", vt_float}, {"double", vt_double}, {"wtext", vt_wide_text},
     {"binary", vt_binary}, {"null", vt_null},
 };
 
@@ -59,21 +59,36 @@ std::optional<xml_kind_t> find_xml_kind(std::string_view name) {
 
 std::optional<variant_t> parse_xml_value(das_variant_type_t tag, std::string_view text) {
     switch (tag) {
-    case vt_bool: return parse_bool(text);
-    case vt_s8: return parse_number<s8_t>(text);
-    case vt_u8: return parse_number<u8_t>(text);
-    case vt_s16: return parse_number<s16_t>(text);
-    case vt_u16: return parse_number<u16_t>(text);
-    case vt_s32: return parse_number<s32_t>(text);
-    case vt_u32: return parse_number<u32_t>(text);
-    case vt_s64: return parse_number<s64_t>(text);
-    case vt_u64: return parse_number<u64_t>(text);
-    case vt_float: return parse_number<float>(text);
-    case vt_double: return parse_number<double>(text);
-    case vt_wide_text: return variant_t(std::wstring_view(portkit2::to_wide(text)));
-    case vt_binary: return parse_binary(text);
-    case vt_null: return text.empty() ? std::optional<variant_t>(variant_t()) : std::nullopt;
-    default: return variant_t(text);
+    case vt_bool:
+        return parse_bool(text);
+    case vt_s8:
+        return parse_number<s8_t>(text);
+    case vt_u8:
+        return parse_number<u8_t>(text);
+    case vt_s16:
+        return parse_number<s16_t>(text);
+    case vt_u16:
+        return parse_number<u16_t>(text);
+    case vt_s32:
+        return parse_number<s32_t>(text);
+    case vt_u32:
+        return parse_number<u32_t>(text);
+    case vt_s64:
+        return parse_number<s64_t>(text);
+    case vt_u64:
+        return parse_number<u64_t>(text);
+    case vt_float:
+        return parse_number<float>(text);
+    case vt_double:
+        return parse_number<double>(text);
+    case vt_wide_text:
+        return variant_t(std::wstring_view(portkit2::to_wide(text)));
+    case vt_binary:
+        return parse_binary(text);
+    case vt_null:
+        return text.empty() ? std::optional<variant_t>(variant_t()) : std::nullopt;
+    default:
+        return variant_t(text);
     }
 }
 

@@ -15,7 +15,8 @@ struct xml_kind_t {
     das_variant_type_t tag;
 };
 
-/// The name of a value's kind, "" for narrow text, which carries none. What the form cannot carry counts as null.
+/// The name of a value's kind, "" for narrow text, which carries none. What the form cannot carry counts as
+/// null.
 std::string_view get_xml_kind_name(das_variant_type_t tag);
 
 /// The kind of that name, nothing if there is none.

@@ -70,7 +70,8 @@ public:
     }
 
 private:
-    /// An element of which only the start has been seen. It is a value until something shows that it is a bag.
+    /// An element of which only the start has been seen. It is a value until something shows that it is a
+    /// bag.
     struct element_t {
         std::string name;
         std::string text;
@@ -93,7 +94,8 @@ private:
     void start_path_element(std::string_view tag, const std::vector<attribute_t>& attributes) {
         const std::string_view expected = path_name(m_matched);
         if (m_matched == 0 && !expected.empty() && tag != expected)
-            return fail("the root element is <" + std::string(tag) + ">, not <" + std::string(expected) + ">");
+            return fail("the root element is <" + std::string(tag) + ">, not <" + std::string(expected) +
+                        ">");
         if (m_is_found || (m_matched > 0 && tag != expected)) {
             m_skipped_depth = 1;
             return;
@@ -126,7 +128,8 @@ private:
         if (kind && !kind->is_bag) m_open.back().tag = kind->tag;
         if (kind && kind->is_bag) become_bag(m_open.size() - 1);
         for (const attribute_t& attribute : attributes)
-            if (!is_entry_name(tag, attribute) && !(kind && attribute.name == "type")) put_attribute(attribute);
+            if (!is_entry_name(tag, attribute) && !(kind && attribute.name == "type"))
+                put_attribute(attribute);
     }
 
     static bool is_entry_name(std::string_view tag, const attribute_t& attribute) {
@@ -185,8 +188,8 @@ public:
     /// False if the text is no well-formed XML or the builder failed; then `failure()` says why.
     bool parse() {
         if (!m_context) return false;
-        // Limits of the parser's own would refuse long texts; the encoding is settled before. Without NOENT an "&amp;" in
-        // an attribute would come as "&#38;"; there are no entities but the predefined ones.
+        // Limits of the parser's own would refuse long texts; the encoding is settled before. Without NOENT
+        // an "&amp;" in an attribute would come as "&#38;"; there are no entities but the predefined ones.
         xmlCtxtUseOptions(m_context.get(),
                           XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT);
         m_context->encoding = xmlStrdup(reinterpret_cast<const xmlChar*>("UTF-8"));
@@ -234,7 +237,8 @@ private:
 
     static void ignore_message(void*, const char*, ...) {}
 
-    // The first fault is the one to tell; others follow from it. The message comes with its blanks filled in the context.
+    // The first fault is the one to tell; others follow from it. The message comes with its blanks filled in
+    // the context.
     static void on_fault(void* self, const char*, ...) {
         const xmlError& fault = parser(self).m_context->lastError;
         if (!parser(self).m_fault.empty()) return;
@@ -262,7 +266,9 @@ private:
     }
 
     void start_element(const xmlChar* tag, const xmlChar** attributes) {
-        const auto view = [](const xmlChar* text) { return std::string_view(reinterpret_cast<const char*>(text)); };
+        const auto view = [](const xmlChar* text) {
+            return std::string_view(reinterpret_cast<const char*>(text));
+        };
         m_attributes.clear();
         for (; attributes && *attributes; attributes += 2)
             m_attributes.push_back({view(attributes[0]), view(attributes[1])});
@@ -283,13 +289,14 @@ std::size_t count_lines(std::string_view text) {
 // What has to hold before the parser sees the text; "" if it does.
 std::string find_fault_ahead_of_parsing(std::string_view text) {
     if (trim(text).empty()) return "line 1: the text is empty";
-    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) return "the text is too long";
+    if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        return "the text is too long";
     const std::size_t well_formed = portkit2::valid_utf8_prefix(text);
     if (well_formed < text.size())
         return "line " + std::to_string(count_lines(text.substr(0, well_formed))) + ": the text is not UTF-8";
     if (const std::size_t crowded = find_crowded_element(text, most_attributes); crowded != text.npos)
-        return "line " + std::to_string(count_lines(text.substr(0, crowded))) + ": an element has more than " +
-               std::to_string(most_attributes) + " attributes";
+        return "line " + std::to_string(count_lines(text.substr(0, crowded))) +
+               ": an element has more than " + std::to_string(most_attributes) + " attributes";
     return {};
 }
 
@@ -309,7 +316,8 @@ error_code_t load_variant_bag_from_string2(variant_bag_t& bag, const ustring8& t
     bag.clear();
     variant_bag_t loaded;
     const std::string fault = read_document(loaded, text, path ? path : "");
-    if (!fault.empty()) return error_code_t::raise(kinds::is_not_valid_data, "XML, " + fault, __func__, __LINE__);
+    if (!fault.empty())
+        return error_code_t::raise(kinds::is_not_valid_data, "XML, " + fault, __func__, __LINE__);
     bag.swap(loaded);
     return error_code_t::success();
 }

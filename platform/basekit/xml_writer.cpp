@@ -1,6 +1,5 @@
-#include "basekit/variant_bag_xml.h"
-
 #include "basekit/assertion.h"
+#include "basekit/variant_bag_xml.h"
 #include "basekit/xml_kind.h"
 #include "logkit/component_logger.h"
 #include "portkit/utf8_step.h"
@@ -22,27 +21,39 @@ constexpr std::array<bool, 256> plain_bytes = [] {
     return plain;
 }();
 
-bool is_plain_byte(char byte) { return plain_bytes[static_cast<unsigned char>(byte)]; }
+bool is_plain_byte(char byte) {
+    return plain_bytes[static_cast<unsigned char>(byte)];
+}
 
 enum class place_t { text, attribute };
 
-// How an ASCII byte that is not plain is written. A parser would turn a bare CR into LF, and tabs and line feeds inside
-// attributes into blanks.
+// How an ASCII byte that is not plain is written. A parser would turn a bare CR into LF, and tabs and line
+// feeds inside attributes into blanks.
 std::string_view escape(char byte, place_t place) {
     switch (byte) {
-    case '<': return "&lt;";
-    case '>': return "&gt;";
-    case '&': return "&amp;";
-    case '"': return place == place_t::attribute ? "&quot;" : "\"";
-    case '\r': return "&#13;";
-    case '\t': return place == place_t::attribute ? "&#9;" : "\t";
-    case '\n': return place == place_t::attribute ? "&#10;" : "\n";
-    default: return "\xEF\xBF\xBD";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '&':
+        return "&amp;";
+    case '"':
+        return place == place_t::attribute ? "&quot;" : "\"";
+    case '\r':
+        return "&#13;";
+    case '\t':
+        return place == place_t::attribute ? "&#9;" : "\t";
+    case '\n':
+        return place == place_t::attribute ? "&#10;" : "\n";
+    default:
+        return "\xEF\xBF\xBD";
     }
 }
 
 // U+FFFE and U+FFFF are well-formed UTF-8, but no characters of XML.
-bool is_noncharacter(std::string_view bytes) { return bytes == "\xEF\xBF\xBE" || bytes == "\xEF\xBF\xBF"; }
+bool is_noncharacter(std::string_view bytes) {
+    return bytes == "\xEF\xBF\xBE" || bytes == "\xEF\xBF\xBF";
+}
 
 // Appends the first character of `text`, which is none of the plain ones, and gives its length.
 std::size_t append_special(ustring8& out, std::string_view text, place_t place) {
@@ -67,7 +78,9 @@ void append_escaped(ustring8& out, std::string_view text, place_t place) {
     }
 }
 
-bool is_name_start(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
+bool is_name_start(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
 
 bool is_xml_name(std::string_view name) {
     if (name.empty() || !is_name_start(name[0])) return false;
@@ -106,7 +119,9 @@ private:
     }
 
     // An entry named like the root would end the document early for whoever looks for the root's end tag.
-    bool is_tag(std::string_view name) const { return is_xml_name(name) && name != "_" && name != m_path.front(); }
+    bool is_tag(std::string_view name) const {
+        return is_xml_name(name) && name != "_" && name != m_path.front();
+    }
 
     void begin_start_tag(std::string_view name) {
         if (is_tag(name)) return append({"<", name});
@@ -136,8 +151,9 @@ private:
     }
 
     static void report_unsupported(std::string_view name, const variant_t& value) {
-        logkit1::log(logkit1::level_t::error, "XML serialization for variant type " + std::to_string(value.tag()) +
-                                                  " is not supported, name \"" + std::string(name) + "\".");
+        logkit1::log(logkit1::level_t::error, "XML serialization for variant type " +
+                                                  std::to_string(value.tag()) + " is not supported, name \"" +
+                                                  std::string(name) + "\".");
     }
 
     void write_values(const variant_bag_t& bag) {

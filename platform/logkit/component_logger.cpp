@@ -24,7 +24,8 @@ std::atomic<log_observer_t> log_observer{nullptr};
 
 log4cplus::Logger& component_logger() {
     // Never destroyed: other objects may log while the program ends.
-    static auto* const logger = new log4cplus::Logger(log4cplus::Logger::getInstance(component_logger_name()));
+    static auto* const logger =
+        new log4cplus::Logger(log4cplus::Logger::getInstance(component_logger_name()));
     return *logger;
 }
 
@@ -48,9 +49,13 @@ void configure() {
 
 } // namespace
 
-const char* component_logger_name() { return "panedeck"; }
+const char* component_logger_name() {
+    return "panedeck";
+}
 
-void configureComponentLogger() { std::call_once(configured, configure); }
+void configureComponentLogger() {
+    std::call_once(configured, configure);
+}
 
 level_t getUnitLogLevel() {
     configureComponentLogger();
@@ -63,7 +68,9 @@ void setUnitLogLevel(level_t level) {
     lowest_level = static_cast<int>(level);
 }
 
-bool is_enabled_for(level_t level) { return level >= getUnitLogLevel(); }
+bool is_enabled_for(level_t level) {
+    return level >= getUnitLogLevel();
+}
 
 void log(level_t level, std::string_view text) {
     if (!is_enabled_for(level)) return;
@@ -71,6 +78,8 @@ void log(level_t level, std::string_view text) {
     component_logger().forcedLog(static_cast<int>(level), std::string(text));
 }
 
-void set_log_observer(log_observer_t observer) { log_observer = observer; }
+void set_log_observer(log_observer_t observer) {
+    log_observer = observer;
+}
 
 } // namespace logkit1

@@ -26,6 +26,8 @@ private:
 
 } // namespace
 
-bk2::sptr_t<IProgress> IDevNullProgress::create() { return bk2::make_sptr<DevNullProgress>(); }
+bk2::sptr_t<IProgress> IDevNullProgress::create() {
+    return bk2::make_sptr<DevNullProgress>();
+}
 
 } // namespace notifykit2

@@ -38,7 +38,9 @@ std::size_t valid_utf8_prefix(std::string_view text) {
     return position;
 }
 
-bool is_valid_utf8(std::string_view text) { return valid_utf8_prefix(text) == text.size(); }
+bool is_valid_utf8(std::string_view text) {
+    return valid_utf8_prefix(text) == text.size();
+}
 
 ustring8 repair_utf8(std::string_view text) {
     ustring8 repaired;
@@ -73,7 +75,9 @@ void append_character(ustring8& text, char32_t character) {
     put_tail(0);
 }
 
-bool is_character(char32_t unit) { return unit < 0xD800 || (unit > 0xDFFF && unit <= 0x10FFFF); }
+bool is_character(char32_t unit) {
+    return unit < 0xD800 || (unit > 0xDFFF && unit <= 0x10FFFF);
+}
 
 // `bytes` is one well-formed character.
 wchar_t decode_character(std::string_view bytes) {

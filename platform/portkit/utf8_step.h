@@ -36,8 +36,8 @@ constexpr utf8_lead_t classify_utf8_lead(unsigned char lead) {
 
 } // namespace detail
 
-/// Looks at the front of a text of at least one byte. A broken part is the longest one that could have begun a
-/// character, at least one byte.
+/// Looks at the front of a text of at least one byte. A broken part is the longest one that could have begun
+/// a character, at least one byte.
 inline utf8_step_t utf8_step(const char* text, std::size_t size) {
     const auto byte = [text](unsigned position) { return static_cast<unsigned char>(text[position]); };
     const detail::utf8_lead_t lead = detail::classify_utf8_lead(byte(0));

@@ -14,13 +14,16 @@ int heap_overflow(int index) {
     return values.data()[index + 4];
 }
 
-int signed_overflow(int value) { return std::numeric_limits<int>::max() - 1 + value; }
+int signed_overflow(int value) {
+    return std::numeric_limits<int>::max() - 1 + value;
+}
 
 int unguarded_counter = 0;
 
 int data_race() {
     auto count = [] {
-        for (int i = 0; i < 100000; ++i) ++unguarded_counter;
+        for (int i = 0; i < 100000; ++i)
+            ++unguarded_counter;
     };
     std::thread first(count), second(count);
     first.join();

@@ -1,6 +1,5 @@
-#include "transport/json_serialization.h"
-
 #include "support/log_capture.h"
+#include "transport/json_serialization.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -76,7 +75,8 @@ TEST(json_reading, shapes_survive_as_far_as_bags_hold_them) {
         {R"({"a":1,"b":2,"a":3})", R"({"a":3,"b":2})"},
         {R"({"a":{"x":1},"a":{"x":2}})", R"({"a":{"x":1},"a":{"x":2}})"},
         {R"({"":7})", "7"},
-        {R"({"value":"9007199254740993","type":"bigInt"})", R"({"value":"9007199254740993","type":"bigInt"})"},
+        {R"({"value":"9007199254740993","type":"bigInt"})",
+         R"({"value":"9007199254740993","type":"bigInt"})"},
         {R"({"arrayOf":"row","a":1,"b":{"x":2}})", R"([1,{"x":2}])"},
         {R"({"early":1,"arrayOf":"row","a":{"x":2}})", R"([{"x":2}])"},
         {R"({"arrayOf":7,"a":{"x":2}})", "[]"},

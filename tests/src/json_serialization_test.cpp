@@ -1,8 +1,7 @@
-#include "transport/json_serialization.h"
-
 #include "json_output.h"
 #include "support/log_capture.h"
 #include "support/random_bag.h"
+#include "transport/json_serialization.h"
 
 #include <gtest/gtest.h>
 
@@ -131,7 +130,8 @@ TEST(json_writing, a_text_is_appended_to_and_a_stream_gets_the_same) {
     RandomBags random;
     SCOPED_TRACE(random.seed_text());
     const variant_bag_t bag = random.bag(20'000);
-    LogCapture log(static_cast<logkit1::level_t>(60000)); // wide texts and binaries say that they have no form
+    LogCapture log(
+        static_cast<logkit1::level_t>(60000)); // wide texts and binaries say that they have no form
     ustring8 text = "{\"response\":";
     EXPECT_TRUE(save_variant_bag_to_json_string(bag, text, JSONFormat::compact).succeeded());
     std::ostringstream stream;
@@ -161,26 +161,35 @@ TEST(json_writing, does_not_recurse) {
     EXPECT_EQ(write(bag).size(), depth * std::string(R"({"a":})").size() + 1);
 }
 
-/// As `random`, with what JSON keeps: texts, booleans, numbers, null, no empty child, nothing that makes an array.
+/// As `random`, with what JSON keeps: texts, booleans, numbers, null, no empty child, nothing that makes an
+/// array.
 variant_bag_t random_json_bag(RandomBags& random) {
     variant_bag_t root;
     std::vector<variant_bag_t*> bags{&root};
     const auto value = [&random]() -> variant_t {
         switch (random.below(7)) {
-        case 0: return random.below(2) == 0;
-        case 1: return static_cast<s32_t>(random.below(1u << 31)) * -1 - 1;
-        case 2: return u32_t(random.below(~0u));
-        case 3: return (s64_t(random.below(1u << 20)) << 32) * -1 - s64_t(0x80000001);
-        case 4: return u64_t(random.below(1u << 20) + 1) << 32;
-        case 5: return random.below(~0u) / -7.0;
-        default: return random.text();
+        case 0:
+            return random.below(2) == 0;
+        case 1:
+            return static_cast<s32_t>(random.below(1u << 31)) * -1 - 1;
+        case 2:
+            return u32_t(random.below(~0u));
+        case 3:
+            return (s64_t(random.below(1u << 20)) << 32) * -1 - s64_t(0x80000001);
+        case 4:
+            return u64_t(random.below(1u << 20) + 1) << 32;
+        case 5:
+            return random.below(~0u) / -7.0;
+        default:
+            return random.text();
         }
     };
     for (unsigned size = 1 + random.below(60); size > 0; --size) {
         variant_bag_t& target = *bags[random.below(static_cast<unsigned>(bags.size()))];
-        variant_bag_t* child = random.below(2) ? &target.add_variant_bag(target.has<variant_t>("arrayOf") ? "item"
-                                                                                                          : random.name())
-                                               : &target;
+        variant_bag_t* child =
+            random.below(2)
+                ? &target.add_variant_bag(target.has<variant_t>("arrayOf") ? "item" : random.name())
+                : &target;
         if (child != &target) bags.push_back(child);
         const bool is_new_array = child != &target && random.below(3) == 0;
         if (is_new_array)

@@ -9,7 +9,8 @@
 
 namespace panedeck::tests {
 
-/// Makes bags of random shape and content. The seed is part of a failure's text: `SCOPED_TRACE(bags.seed_text())`.
+/// Makes bags of random shape and content. The seed is part of a failure's text:
+/// `SCOPED_TRACE(bags.seed_text())`.
 class RandomBags {
 public:
     explicit RandomBags(unsigned seed = std::random_device()()) : m_seed(seed), m_engine(seed) {}
@@ -21,8 +22,10 @@ public:
     /// Text of a few characters that text forms tend to get wrong, all of them legal in XML.
     std::string text() {
         static constexpr std::array<const char*, 16> pieces{
-            "a", "Zz", " ", "\t", "\n", "\r", "<", "]]>", "&amp;", "\"", "'", "\\", "\xC3\xA9", "\xE2\x82\xAC",
-            "\xF0\x9F\x98\x80", "</msg>"};
+            "a",     "Zz", " ",        "\t",           "\n",
+            "\r",    "<",  "]]>",      "&amp;",        "\"",
+            "'",     "\\", "\xC3\xA9", "\xE2\x82\xAC", "\xF0\x9F\x98\x80",
+            "</msg>"};
         std::string made;
         for (unsigned count = below(6); count > 0; --count)
             made += pieces[below(pieces.size())];
@@ -38,21 +41,36 @@ public:
     bk2::variant_t value() {
         const bk2::u64_t bits = std::uniform_int_distribution<bk2::u64_t>()(m_engine) >> below(64);
         switch (below(15)) {
-        case 0: return bits % 2 == 0;
-        case 1: return static_cast<bk2::s8_t>(bits);
-        case 2: return static_cast<bk2::u8_t>(bits);
-        case 3: return static_cast<bk2::s16_t>(bits);
-        case 4: return static_cast<bk2::u16_t>(bits);
-        case 5: return static_cast<bk2::s32_t>(bits);
-        case 6: return static_cast<bk2::u32_t>(bits);
-        case 7: return static_cast<bk2::s64_t>(bits);
-        case 8: return bits;
-        case 9: return static_cast<float>(bits) / 3;
-        case 10: return static_cast<double>(bits) / -7;
-        case 11: return std::wstring_view(portkit2::to_wide(text()));
-        case 12: return bk2::variant_t::binary(&bits, below(sizeof bits + 1));
-        case 13: return bk2::variant_t();
-        default: return text();
+        case 0:
+            return bits % 2 == 0;
+        case 1:
+            return static_cast<bk2::s8_t>(bits);
+        case 2:
+            return static_cast<bk2::u8_t>(bits);
+        case 3:
+            return static_cast<bk2::s16_t>(bits);
+        case 4:
+            return static_cast<bk2::u16_t>(bits);
+        case 5:
+            return static_cast<bk2::s32_t>(bits);
+        case 6:
+            return static_cast<bk2::u32_t>(bits);
+        case 7:
+            return static_cast<bk2::s64_t>(bits);
+        case 8:
+            return bits;
+        case 9:
+            return static_cast<float>(bits) / 3;
+        case 10:
+            return static_cast<double>(bits) / -7;
+        case 11:
+            return std::wstring_view(portkit2::to_wide(text()));
+        case 12:
+            return bk2::variant_t::binary(&bits, below(sizeof bits + 1));
+        case 13:
+            return bk2::variant_t();
+        default:
+            return text();
         }
     }
 

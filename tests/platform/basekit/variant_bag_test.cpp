@@ -1,5 +1,4 @@
 #include "basekit/variant_bag.h"
-
 #include "support/random_bag.h"
 
 #include <gtest/gtest.h>
@@ -146,15 +145,16 @@ TEST(variant_bag, a_copy_is_equal_and_independent) {
     }
 }
 
-/// The same operations on a bag and on two plain vectors, with names that repeat and bags on both sides of the size
-/// where the index begins.
+/// The same operations on a bag and on two plain vectors, with names that repeat and bags on both sides of
+/// the size where the index begins.
 TEST(variant_bag, behaves_like_two_vectors) {
     RandomBags random;
     SCOPED_TRACE(random.seed_text());
     variant_bag_t bag;
     std::vector<std::pair<std::string, unsigned>> values, children;
     const auto find = [](auto& entries, const std::string& name) {
-        return std::find_if(entries.begin(), entries.end(), [&](const auto& entry) { return entry.first == name; });
+        return std::find_if(entries.begin(), entries.end(),
+                            [&](const auto& entry) { return entry.first == name; });
     };
     for (unsigned step = 0; step < 3000; ++step) {
         const std::string name = "name number " + std::to_string(random.below(step % 1000 < 500 ? 60 : 6));
@@ -181,7 +181,8 @@ TEST(variant_bag, behaves_like_two_vectors) {
         ASSERT_EQ(bag.count<variant_t>(nullptr), values.size() + 1);
         ASSERT_EQ(bag.count<variant_bag_t>(nullptr), children.size());
         const auto expected = find(values, name), first_child = find(children, name);
-        ASSERT_EQ(bag.get_variant(name, -1), expected == values.end() ? variant_t(-1) : variant_t(expected->second));
+        ASSERT_EQ(bag.get_variant(name, -1),
+                  expected == values.end() ? variant_t(-1) : variant_t(expected->second));
         auto namesake = bag.begin_by_name<variant_bag_t>(name);
         for (auto it = first_child; it != children.end(); ++it)
             if (it->first == name) {

@@ -1,5 +1,4 @@
 #include "basekit/variant_bag_xml.h"
-
 #include "support/log_capture.h"
 #include "support/random_bag.h"
 
@@ -115,7 +114,8 @@ TEST(variant_bag_xml, an_object_reference_is_logged_and_written_as_null) {
 TEST(variant_bag_xml, without_a_path_nothing_is_written) {
     ustring8 text;
     EXPECT_EQ(save_variant_bag_to_string2(variant_bag_t(), text, "").kind(), kinds::is_not_valid_argument);
-    EXPECT_EQ(save_variant_bag_to_string2(variant_bag_t(), text, nullptr).kind(), kinds::is_not_valid_argument);
+    EXPECT_EQ(save_variant_bag_to_string2(variant_bag_t(), text, nullptr).kind(),
+              kinds::is_not_valid_argument);
 }
 
 TEST(variant_bag_xml, random_bags_come_back_as_they_were) {
@@ -153,9 +153,11 @@ TEST(variant_bag_xml, is_read_more_generously_than_written) {
         {"<msg><a> x </a></msg>", "<a> x </a>"},
         {"<msg><a type=\"bag\"> x\n </a></msg>", "<a><_>x</_></a>"},
         {"<msg><a>\n <b/> mixed <b/>text</a></msg>", "<a><b></b><_>mixed text</_></a>"},
-        {"<msg><request id=\"1\" type=\"grid:get\"/></msg>", "<request><id>1</id><type>grid:get</type></request>"},
+        {"<msg><request id=\"1\" type=\"grid:get\"/></msg>",
+         "<request><id>1</id><type>grid:get</type></request>"},
         {"<msg><a type=\"s32_t\">-7</a></msg>", "<a type=\"s32_t\">-7</a>"},
-        {"<msg><a unit=\"ms\" type=\"s32_t\"> -7 </a></msg>", "<a><unit>ms</unit><_ type=\"s32_t\">-7</_></a>"},
+        {"<msg><a unit=\"ms\" type=\"s32_t\"> -7 </a></msg>",
+         "<a><unit>ms</unit><_ type=\"s32_t\">-7</_></a>"},
         {"<msg><a name=\"n\"/></msg>", "<a><name>n</name></a>"},
         {"<msg><_ x=\"1\" name=\"a\"/></msg>", "<a><x>1</x></a>"},
         {"<msg at=\"1\"><a/></msg>", "<at>1</at><a></a>"},
@@ -208,7 +210,8 @@ TEST(variant_bag_xml, hostile_and_broken_texts_are_refused_with_a_reason) {
         {std::string("<\0m\0s\0g\0/\0>\0", 12), "XML, line 1: "},
         {"<!DOCTYPE msg><msg/>", "XML, line 1: a document type declaration is not accepted"},
         {"\n<!DOCTYPE msg SYSTEM 'file:///etc/passwd'><msg/>", "XML, line 2: a document type"},
-        {"<!DOCTYPE m [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><msg>&x;</msg>", "XML, line 1: a document type"},
+        {"<!DOCTYPE m [<!ENTITY x SYSTEM 'file:///etc/passwd'>]><msg>&x;</msg>",
+         "XML, line 1: a document type"},
         {"<!DOCTYPE m [<!ENTITY a 'aa'><!ENTITY b '&a;&a;'>]><msg>&b;</msg>", "XML, line 1: a document type"},
         {"<msg>" + deep, "XML, line 1: elements are nested deeper than 512"},
         {crowded + "/></msg>", "XML, line 2: an element has more than 1024 attributes"},
@@ -254,7 +257,8 @@ TEST(variant_bag_xml, writing_does_not_recurse) {
     variant_bag_t bag;
     constexpr std::size_t depth = 1'000'000;
     add_chain(bag, depth).put<variant_t>("", "x");
-    EXPECT_EQ(write(bag).size(), std::string("<msg></msg><_>x</_>").size() + depth * std::string("<a></a>").size());
+    EXPECT_EQ(write(bag).size(),
+              std::string("<msg></msg><_>x</_>").size() + depth * std::string("<a></a>").size());
 }
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "basekit/variant.h"
-
 #include "basekit/ref_counted.h"
+#include "basekit/variant.h"
 #include "support/log_capture.h"
 
 #include <gtest/gtest.h>
@@ -21,13 +20,20 @@ struct widening_case_t {
 
 TEST(variant, reads_widen_by_tag_and_nothing_else) {
     const widening_case_t cases[] = {
-        {variant_t(true), true, true, true, false},      {variant_t(s8_t(-1)), true, true, true, false},
-        {variant_t(u8_t(1)), true, true, true, false},   {variant_t(s16_t(-1)), true, true, true, false},
-        {variant_t(u16_t(1)), true, true, true, false},  {variant_t(s32_t(-1)), true, true, true, false},
-        {variant_t(u32_t(1)), true, true, true, false},  {variant_t(s64_t(-1)), false, true, true, false},
-        {variant_t(u64_t(1)), false, true, true, false}, {variant_t(1.5f), false, false, true, false},
-        {variant_t(1.5), false, false, true, false},     {variant_t("t"), false, false, false, true},
-        {variant_t(L"t"), false, false, false, false},   {variant_t::borrow("t"), false, false, false, true},
+        {variant_t(true), true, true, true, false},
+        {variant_t(s8_t(-1)), true, true, true, false},
+        {variant_t(u8_t(1)), true, true, true, false},
+        {variant_t(s16_t(-1)), true, true, true, false},
+        {variant_t(u16_t(1)), true, true, true, false},
+        {variant_t(s32_t(-1)), true, true, true, false},
+        {variant_t(u32_t(1)), true, true, true, false},
+        {variant_t(s64_t(-1)), false, true, true, false},
+        {variant_t(u64_t(1)), false, true, true, false},
+        {variant_t(1.5f), false, false, true, false},
+        {variant_t(1.5), false, false, true, false},
+        {variant_t("t"), false, false, false, true},
+        {variant_t(L"t"), false, false, false, false},
+        {variant_t::borrow("t"), false, false, false, true},
         {variant_t::borrow(L"t"), false, false, false, false},
         {variant_t::binary("t", 1), false, false, false, false},
         {variant_t(), false, false, false, false},
@@ -139,18 +145,27 @@ TEST(variant, equality_is_by_value_across_kinds) {
 }
 
 TEST(variant, order_goes_null_numbers_texts_rest) {
-    const variant_t ordered[] = {variant_t(),         variant_t(std::numeric_limits<s64_t>::min()),
-                                 variant_t(-0.5),     variant_t(false),
-                                 variant_t(0.25),     variant_t(u8_t(1)),
-                                 variant_t(0x1p53),   variant_t((s64_t(1) << 53) + 1),
+    const variant_t ordered[] = {variant_t(),
+                                 variant_t(std::numeric_limits<s64_t>::min()),
+                                 variant_t(-0.5),
+                                 variant_t(false),
+                                 variant_t(0.25),
+                                 variant_t(u8_t(1)),
+                                 variant_t(0x1p53),
+                                 variant_t((s64_t(1) << 53) + 1),
                                  variant_t(std::numeric_limits<u64_t>::max()),
-                                 variant_t(""),       variant_t("B"),
-                                 variant_t(L"a"),     variant_t("a\x01"),
-                                 variant_t(L"\uFFFD"), variant_t("\xF0\x9F\x98\x80"),
-                                 variant_t::binary("", 0), variant_t::binary("b", 1)};
+                                 variant_t(""),
+                                 variant_t("B"),
+                                 variant_t(L"a"),
+                                 variant_t("a\x01"),
+                                 variant_t(L"\uFFFD"),
+                                 variant_t("\xF0\x9F\x98\x80"),
+                                 variant_t::binary("", 0),
+                                 variant_t::binary("b", 1)};
     for (const variant_t& left : ordered)
         for (const variant_t& right : ordered) {
-            EXPECT_EQ(left < right, &left < &right) << get_value_string(left) << " and " << get_value_string(right);
+            EXPECT_EQ(left < right, &left < &right)
+                << get_value_string(left) << " and " << get_value_string(right);
             EXPECT_EQ(left == right, &left == &right);
         }
 }

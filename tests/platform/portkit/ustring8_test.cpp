@@ -22,12 +22,12 @@ TEST(ustring8, broken_sequences_are_replaced_by_maximal_parts) {
         {"\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", "\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80", 9},
         {"\xF4\x8F\xBF\xBF", "\xF4\x8F\xBF\xBF", 4},
         {"12345678\x80", "12345678R", 8},
-        {"a\xC0\x80z", "aRRz", 1},          // overlong: neither byte could begin a character with the other
-        {"\xE0\x9F\xBF", "RRR", 0},         // overlong
-        {"\xED\xA0\x80", "RRR", 0},         // a surrogate
-        {"\xF4\x90\x80\x80", "RRRR", 0},    // past U+10FFFF
+        {"a\xC0\x80z", "aRRz", 1},       // overlong: neither byte could begin a character with the other
+        {"\xE0\x9F\xBF", "RRR", 0},      // overlong
+        {"\xED\xA0\x80", "RRR", 0},      // a surrogate
+        {"\xF4\x90\x80\x80", "RRRR", 0}, // past U+10FFFF
         {"\xF5z", "Rz", 0},
-        {"\xE2\x82", "R", 0},               // cut off: one part
+        {"\xE2\x82", "R", 0}, // cut off: one part
         {"\xF0\x9F\x98z", "Rz", 0},
         {"\xE2\x82\xE2\x82\xAC", "R\xE2\x82\xAC", 0},
     };
