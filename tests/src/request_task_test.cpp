@@ -130,10 +130,12 @@ TEST(RequestTask, LogsStartEndAndCancel) {
     Host host;
     const auto task = makeTask("17", &host);
     run(task);
-    task->cancel();
     EXPECT_EQ(log.count("Executing task with requestId=17"), 1);
     EXPECT_EQ(log.count("Task finished with requestId=17"), 1);
-    EXPECT_EQ(log.count("Task canceled, requestId=17"), 1);
+    // The queue that goes may have cancelled the task too, if it went before it had let go of it.
+    const long canceled = log.count("Task canceled, requestId=17");
+    task->cancel();
+    EXPECT_EQ(log.count("Task canceled, requestId=17"), canceled + 1);
 }
 
 TEST(RequestTask, MissingHandlerOrBagIsLogged) {
