@@ -4,6 +4,7 @@
 #include "basekit/sptr.h"
 #include "basekit/variant.h"
 #include "basekit/variant_bag.h"
+#include "dataface/formatter.h"
 #include "dataface/query.h"
 #include "dataface/table_tree.h"
 #include "dataface/table_tree_helper.h"
@@ -64,12 +65,18 @@ public:
     /// The format of a grouping level; levels beyond the last known have that one's.
     const std::string& getFormat(int level = 0) const;
     /// Switches the column itself (level 0).
-    void setCurrentFormat(const std::string& format) { m_formats.front() = format; }
+    void setCurrentFormat(const std::string& format);
     const std::map<std::string, std::shared_ptr<GridColumnFormat>>& getAvailableFormats() const {
         return m_availableFormats;
     }
-    /// Replaces `text` by the cell as the pane shows it.
+    /// Replaces `text` by the cell as the pane shows it, in the room that it has: in a loop over cells, give
+    /// it the same text.
     void formatCell(const dataface1::ITableRow& row, std::string& text, int level) const;
+    /// The value that `formatCell` writes; null if the cell has none.
+    bk2::variant_t cellValue(const dataface1::ITableRow& row) const;
+    /// The second half of `formatCell`, for a value that was read before.
+    void formatValue(const dataface1::ITableRow& row, const bk2::variant_t& value, std::string& text,
+                     int level) const;
 
     /// The greatest value in this column; null if it holds no numbers.
     bk2::variant_t getMaxValue() const;
@@ -91,6 +98,20 @@ public:
     void saveToVBag(bk2::variant_bag_t& bag) const;
 
 private:
+    /// How cells of one query are written in one format.
+    struct CellFormat {
+        bk2::sptr_t<dataface1::IQuery> rowQuery; ///< as rows give it; held, so that its address stays its own
+        std::size_t level;                       ///< in m_formats
+        dataface1::Formatter formatter;
+        bool isPercent;
+        bool hasAlias;
+        std::string aliasForUnknown;
+    };
+
+    CellFormat& cellFormat(const dataface1::ITableRow& row, int level) const;
+    CellFormat makeCellFormat(const bk2::sptr_t<dataface1::IQuery>& rowQuery, std::size_t level) const;
+    std::size_t formatIndex(int level) const;
+    bool isGrouping() const;
     bool getCollapsible() const;
     std::string makeHelpKeyword() const;
     void initColumnFormats();
@@ -102,7 +123,8 @@ private:
     int m_index;
     bk2::sptr_t<dataface1::IColumnInfo> m_columnInfo;
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
-    std::vector<std::string> m_formats; ///< per grouping level, never empty
+    std::vector<std::string> m_formats;            ///< per grouping level, never empty
+    mutable std::vector<CellFormat> m_cellFormats; ///< those used so far; emptied when a format changes
     bk2::sptr_t<dataface1::IQuery> m_query;
     bool m_isCollapsible = false;
     unit_of_measure_t m_unitOfMeasure = unit_of_measure_t::none;
