@@ -10,6 +10,7 @@
 #include "dataface/table_tree_helper.h"
 #include "gridmodel/bar.h"
 #include "gridmodel/grid_column_format.h"
+#include "gridmodel/percent_base.h"
 #include "portkit/catalog.h"
 
 #include <map>
@@ -42,6 +43,8 @@ public:
     ~GridColumn();
 
     int getIndex() const { return m_index; }
+    /// The name of the column and of its cells in answers: "c" and the index.
+    const std::string& getId() const { return m_id; }
     const bk2::sptr_t<dataface1::IColumnInfo>& getColumnInfo() const { return m_columnInfo; }
     /// The column's query, looked through a vector; null only for a column without one.
     const bk2::sptr_t<dataface1::IQuery>& getQuery() const { return m_query; }
@@ -72,6 +75,8 @@ public:
     /// Replaces `text` by the cell as the pane shows it, in the room that it has: in a loop over cells, give
     /// it the same text.
     void formatCell(const dataface1::ITableRow& row, std::string& text, int level) const;
+    /// What kind of values the rows of a grouping level have; in all other columns that of the column.
+    dataface1::query_value_type_t getValueType(int level) const;
     /// The value that `formatCell` writes; null if the cell has none.
     bk2::variant_t cellValue(const dataface1::ITableRow& row) const;
     /// The second half of `formatCell`, for a value that was read before.
@@ -82,6 +87,11 @@ public:
     bk2::variant_t getMaxValue() const;
     /// As the free function `percentBase`, with what is the same for all rows looked up once.
     bk2::variant_t percentBase(const dataface1::ITableRow& row, const std::string& format) const;
+    /// The same for all formats but "percent_by", with what is the same for all columns looked up once too.
+    /// `baseRow` is that of `row`.
+    bk2::variant_t percentBase(PercentBaseRow& baseRow) const;
+    /// The same for "percent_by".
+    bk2::variant_t percentBaseOfMetric(const dataface1::ITableRow& row) const;
     /// False: no row of the tree has a base row, so that none is looked for.
     void setHasBaseRows(bool hasBaseRows) { m_hasBaseRows = hasBaseRows; }
 
@@ -111,6 +121,8 @@ private:
     CellFormat& cellFormat(const dataface1::ITableRow& row, int level) const;
     CellFormat makeCellFormat(const bk2::sptr_t<dataface1::IQuery>& rowQuery, std::size_t level) const;
     std::size_t formatIndex(int level) const;
+    void findValueTypes() const;
+    const dataface1::IColumnInfo& baseColumn() const;
     bool isGrouping() const;
     bool getCollapsible() const;
     std::string makeHelpKeyword() const;
@@ -121,6 +133,7 @@ private:
     std::shared_ptr<IBar> chooseBar() const;
 
     int m_index;
+    std::string m_id;
     bk2::sptr_t<dataface1::IColumnInfo> m_columnInfo;
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
     std::vector<std::string> m_formats;            ///< per grouping level, never empty
@@ -137,8 +150,9 @@ private:
     mutable std::string m_caption; ///< empty until asked for
     mutable std::shared_ptr<IBar> m_bar;
     bool m_hasBaseRows = true;
-    mutable bool m_hasBaseTotal = false;
-    mutable bk2::variant_t m_baseTotal; ///< the base column's total
+    mutable bk2::sptr_t<dataface1::IColumnInfo> m_baseColumn;        ///< null until asked for
+    mutable bk2::variant_t m_baseTotal;                              ///< its total, known with it
+    mutable std::vector<dataface1::query_value_type_t> m_valueTypes; ///< per level; empty until asked for
     mutable bool m_hasBarMaximum = false;
     mutable bk2::variant_t m_barMaximum;
     const portkit2::catalog_t* m_catalog;

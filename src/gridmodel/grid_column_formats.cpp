@@ -3,7 +3,6 @@
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
 #include "gridmodel/gridcolumn.h"
-#include "gridmodel/percent_base.h"
 
 #include <algorithm>
 #include <cmath>
@@ -118,13 +117,50 @@ void GridColumn::formatCell(const dataface1::ITableRow& row, std::string& text, 
     formatValue(row, cellValue(row), text, level);
 }
 
-bk2::variant_t GridColumn::percentBase(const dataface1::ITableRow& row, const std::string& format) const {
-    if (m_hasBaseRows || format == "percent_by")
-        return panedeck::percentBase(&row, m_columnInfo.get(), format);
-    if (!std::exchange(m_hasBaseTotal, true) &&
-        !findPercentBaseColumn(*m_columnInfo)->getAttribute(dataface1::column_total_value, m_baseTotal))
-        m_baseTotal.free_data();
-    return m_baseTotal;
+variant_t GridColumn::percentBase(const dataface1::ITableRow& row, const std::string& format) const {
+    if (format == "percent_by") return percentBaseOfMetric(row);
+    PercentBaseRow baseRow(row);
+    return percentBase(baseRow);
+}
+
+variant_t GridColumn::percentBase(PercentBaseRow& baseRow) const {
+    const dataface1::IColumnInfo& base = baseColumn();
+    const auto row = m_hasBaseRows ? baseRow.get() : nullptr;
+    if (!row) return m_baseTotal;
+    variant_t value;
+    return row->getValue(&base, dataface1::cell_value, value) ? value : variant_t();
+}
+
+variant_t GridColumn::percentBaseOfMetric(const dataface1::ITableRow& row) const {
+    variant_t base;
+    return row.getValue(m_columnInfo.get(), dataface1::cell_percent_base, base) ? base : variant_t();
+}
+
+const dataface1::IColumnInfo& GridColumn::baseColumn() const {
+    if (!m_baseColumn) {
+        m_baseColumn = findPercentBaseColumn(*m_columnInfo);
+        if (!m_baseColumn->getAttribute(dataface1::column_total_value, m_baseTotal)) m_baseTotal.free_data();
+    }
+    return *m_baseColumn;
+}
+
+dataface1::query_value_type_t GridColumn::getValueType(int level) const {
+    if (m_valueTypes.empty()) findValueTypes();
+    // Levels beyond the last are the last, which is recursive.
+    const auto last = static_cast<int>(m_valueTypes.size()) - 1;
+    return m_valueTypes[static_cast<std::size_t>(std::clamp(level, 0, last))];
+}
+
+void GridColumn::findValueTypes() const {
+    const auto add = [this](const bk2::sptr_t<dataface1::IQuery>& query) {
+        m_valueTypes.push_back(query ? query->getValueType() : dataface1::query_value_type_t::text);
+    };
+    if (!isGrouping()) return add(m_query);
+    auto level = m_columnInfo->getQuery();
+    do {
+        add(dataface1::throughVector(level));
+        if (level) level = level->getLevelBelow();
+    } while (level);
 }
 
 } // namespace panedeck
