@@ -1,5 +1,7 @@
 #include "filter/filter_evaluation.h"
 
+#include "filter/row_places.h"
+
 #include <algorithm>
 #include <charconv>
 #include <map>
@@ -10,7 +12,6 @@ namespace panedeck::engine {
 namespace {
 
 using Kind = FilterExpression::Kind;
-using Flags = std::vector<std::uint8_t>;
 
 constexpr std::size_t samples_between_polls = std::size_t{1} << 20;
 
@@ -61,8 +62,8 @@ public:
         switch (expression.kind()) {
         case Kind::condition:
             return evaluateGroup({&expression}, false, tables);
-        case Kind::row_path:
-            return evaluateRows({&expression}, tables);
+        case Kind::rows:
+            return evaluateRows(expression.rows(), tables);
         case Kind::none_of:
             return evaluateInverse(*expression.members().front(), tables);
         case Kind::all_of:
@@ -108,12 +109,7 @@ private:
     bk2::error_code_t evaluateGroup(const std::vector<const FilterExpression*>& members, bool by_or,
                                     Tables& tables) {
         std::map<std::pair<Segment, bool>, ConditionBatch> batches;
-        std::vector<const FilterExpression*> rows;
         for (const FilterExpression* member : members) {
-            if (by_or && member->kind() == Kind::row_path) {
-                rows.push_back(member);
-                continue;
-            }
             if (member->kind() == Kind::condition) {
                 auto& batch = batches[{member->segment(), member->isValue()}];
                 batch.segment = member->segment();
@@ -124,11 +120,6 @@ private:
             Tables part;
             if (auto error = evaluate(*member, part); error.failed()) return error;
             joinTables(tables, std::move(part), by_or);
-        }
-        if (!rows.empty()) {
-            Tables part;
-            if (auto error = evaluateRows(rows, part); error.failed()) return error;
-            joinTables(tables, std::move(part), true);
         }
         for (const auto& [key, batch] : batches)
             if (auto error = evaluateBatch(batch, by_or, tables); error.failed()) return error;
@@ -247,128 +238,21 @@ private:
             if (m_store.parentOf(node) != 0) nodes[node] |= nodes[m_store.parentOf(node)];
     }
 
-    using Levels = std::vector<std::pair<Segment, std::optional<DimensionValue>>>;
-
-    Levels levelsHere(const FilterExpression& row) const {
-        Levels levels;
-        for (const RowLevel& level : row.levels())
-            levels.emplace_back(level.segment,
-                                m_store.findContent(dimensionOf(level.segment), level.content));
-        return levels;
-    }
-
-    /// The samples that any of the rows stands for. Rows of the same threads are worked out together: a
-    /// person can select very many of them.
-    bk2::error_code_t evaluateRows(const std::vector<const FilterExpression*>& rows, Tables& tables) {
-        struct NodesOfRows {
-            Flags ending;  // samples that end in the node
-            Flags passing; // samples that pass through it
-        };
-        std::map<Flags, NodesOfRows> by_threads;
-        for (const FilterExpression* row : rows) {
-            if (auto error = canceledIf(m_progress); error.failed()) return error;
-            const Levels levels = levelsHere(*row);
-            NodesOfRows& nodes = by_threads[threadsOf(levels)];
-            Flags& marked = row->readsFromLeaf() ? nodes.ending : nodes.passing;
-            marked.resize(m_store.nodeCount());
-            markPlaces(levels, marked);
-        }
-        for (auto& [threads, nodes] : by_threads) {
+    /// The samples that any of the rows stands for.
+    bk2::error_code_t evaluateRows(const RowPaths& rows, Tables& tables) {
+        NodesByThreads places;
+        if (auto error = findPlaces(rows, m_store, m_progress, places); error.failed()) return error;
+        for (auto& [threads, nodes] : places) {
             Tables part;
             part.threads = threads;
-            if (!nodes.passing.empty()) spreadDown(nodes.passing);
-            part.nodes = std::move(nodes.passing);
-            joinFlags(part.nodes, std::move(nodes.ending), true);
+            // Samples that end in a node, or that pass through it.
+            if (!rows.from_leaf) spreadDown(nodes);
+            part.nodes = std::move(nodes);
             if (part.count() > 1)
                 if (auto error = mergeTables(false, part); error.failed()) return error;
             joinTables(tables, std::move(part), true);
         }
         return tables.count() > 1 ? mergeTables(true, tables) : bk2::error_code_t();
-    }
-
-    /// Empty if the levels say nothing of threads.
-    Flags threadsOf(const Levels& levels) const {
-        Flags threads;
-        for (const auto& [segment, value] : levels)
-            if (isSampleLevel(dimensionOf(segment)))
-                joinFlags(threads, threadsOf(dimensionOf(segment), value), false);
-        return threads;
-    }
-
-    Flags threadsOf(Dimension dimension, std::optional<DimensionValue> value) const {
-        Flags threads(m_store.data().threads.size());
-        for (ThreadIndex thread = 0; thread < threads.size(); ++thread)
-            threads[thread] = value && m_store.valueOfThread(dimension, thread) == *value;
-        return threads;
-    }
-
-    struct Place {
-        CallsiteIndex node;
-        CallsiteIndex cursor;
-    };
-
-    /// The nodes of a row; all of them if its levels say nothing of frames.
-    void markPlaces(const Levels& levels, Flags& nodes) const {
-        std::vector<Place> places;
-        bool has_started = false;
-        for (const auto& [segment, value] : levels) {
-            if (isSampleLevel(dimensionOf(segment))) continue;
-            if (!has_started)
-                places = startingPlaces(segment, value);
-            else if (segment == Segment::callees)
-                goDown(value, places);
-            else if (segment == Segment::callers)
-                goUp(value, places);
-            else
-                keepOnly(dimensionOf(segment), value, places);
-            has_started = true;
-        }
-        if (!has_started) std::ranges::fill(nodes, std::uint8_t{1});
-        for (const Place& place : places)
-            nodes[place.node] = 1;
-    }
-
-    std::vector<Place> startingPlaces(Segment segment, std::optional<DimensionValue> value) const {
-        std::vector<Place> places;
-        if (!value) return places;
-        if (segment == Segment::callees) {
-            if (*value == 0) places.push_back({0, 0});
-            goDownFrom(0, m_store.nodeCount(), *value, places);
-            return places;
-        }
-        for (const CallsiteIndex node :
-             m_store.nodesBy(dimensionOf(segment), FrameScope::any_frame).of(*value))
-            places.push_back({node, node});
-        return places;
-    }
-
-    void goDownFrom(CallsiteIndex node, CallsiteIndex end, FunctionIndex function,
-                    std::vector<Place>& places) const {
-        for (CallsiteIndex child = node + 1; child < end; child = m_store.endOf(child))
-            if (m_store.functionOf(child) == function) places.push_back({child, child});
-    }
-
-    void goDown(std::optional<DimensionValue> value, std::vector<Place>& places) const {
-        std::vector<Place> below;
-        if (value)
-            for (const Place& place : places)
-                goDownFrom(place.node, m_store.endOf(place.node), *value, below);
-        places = std::move(below);
-    }
-
-    void goUp(std::optional<DimensionValue> value, std::vector<Place>& places) const {
-        for (Place& place : places)
-            place.cursor = m_store.parentOf(place.cursor);
-        std::erase_if(places, [&](const Place& place) {
-            return !value || place.cursor == 0 || m_store.functionOf(place.cursor) != *value;
-        });
-    }
-
-    void keepOnly(Dimension dimension, std::optional<DimensionValue> value,
-                  std::vector<Place>& places) const {
-        std::erase_if(places, [&](const Place& place) {
-            return !value || m_store.valueOfNode(dimension, place.node) != *value;
-        });
     }
 
     const ProfileStore& m_store;

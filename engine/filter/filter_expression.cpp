@@ -14,10 +14,9 @@ FilterExpressionPtr FilterExpression::condition(Segment segment, bool is_value, 
     return expression;
 }
 
-FilterExpressionPtr FilterExpression::rowPath(std::vector<RowLevel> levels, bool from_leaf) {
-    const std::shared_ptr<FilterExpression> expression(new FilterExpression(Kind::row_path));
-    expression->m_levels = std::move(levels);
-    expression->m_from_leaf = from_leaf;
+FilterExpressionPtr FilterExpression::anyRow(RowPaths rows) {
+    const std::shared_ptr<FilterExpression> expression(new FilterExpression(Kind::rows));
+    expression->m_rows = std::move(rows);
     return expression;
 }
 

@@ -2,6 +2,7 @@
 
 #include "basekit/error_code.h"
 #include "basekit/variant.h"
+#include "filter/row_paths.h"
 #include "notifykit/progress.h"
 #include "store/profile_store.h"
 #include "store/sample_bits.h"
@@ -16,26 +17,18 @@ namespace panedeck::engine {
 class FilterExpression;
 using FilterExpressionPtr = std::shared_ptr<const FilterExpression>;
 
-/// One level of a row, by content (`ProfileStore::contentOf`), so that any result can find it.
-struct RowLevel {
-    Segment segment = Segment::function;
-    std::string content;
-};
-
-/// A part of a compiled filter: immutable, names no result. What it lets through in one result is worked out
-/// on first use and kept with it, so that it goes with its last owner.
+/// A part of a compiled filter: immutable, and good for any result. What it lets through in one result is
+/// worked out on first use and kept with it, so that it goes with its last owner.
 class FilterExpression {
 public:
-    enum class Kind : std::uint8_t { condition, row_path, all_of, any_of, none_of };
+    enum class Kind : std::uint8_t { condition, rows, all_of, any_of, none_of };
 
     /// The sample's own value in the segment's dimension is `value`; for a recursive segment any frame of its
     /// stack. `is_value`: a value as cells show it, else the number of an entry.
     static FilterExpressionPtr condition(Segment segment, bool is_value, bk2::variant_t value);
 
-    /// What a row stands for: its levels from the top down. With `from_leaf` frame levels mean the leaf and
-    /// callers are read upward from there, else frame levels mean any frame, callees go on downward and a
-    /// path that begins with callees starts at the root.
-    static FilterExpressionPtr rowPath(std::vector<RowLevel> levels, bool from_leaf);
+    /// What any of the rows stands for. Keeps the results that they are from.
+    static FilterExpressionPtr anyRow(RowPaths rows);
 
     /// Groups. A group of one is that one, of none is null: no condition. Null members do not count.
     static FilterExpressionPtr allOf(std::vector<FilterExpressionPtr> members);
@@ -60,8 +53,7 @@ public:
     Segment segment() const { return m_segment; }
     bool isValue() const { return m_is_value; }
     const bk2::variant_t& value() const { return m_value; }
-    const std::vector<RowLevel>& levels() const { return m_levels; }
-    bool readsFromLeaf() const { return m_from_leaf; }
+    const RowPaths& rows() const { return m_rows; }
 
 private:
     struct Known {
@@ -81,8 +73,7 @@ private:
     Segment m_segment = Segment::function;
     bool m_is_value = false;
     bk2::variant_t m_value;
-    std::vector<RowLevel> m_levels;
-    bool m_from_leaf = false;
+    RowPaths m_rows;
     std::vector<FilterExpressionPtr> m_members;
     std::size_t m_depth = 1;
 

@@ -38,6 +38,16 @@ std::unique_ptr<TextTable> textsOf(std::vector<std::string> names) {
         count, [names = std::move(names)](std::uint32_t entry) { return names[entry]; });
 }
 
+/// Functions of one name share it. Text 0 stands for the unknown function, so that names count from 1.
+std::unique_ptr<TextTable> functionTexts(const ProfileData& data) {
+    std::vector<std::uint32_t> numbers;
+    numbers.reserve(data.functions.size());
+    for (const FunctionRecord& function : data.functions)
+        numbers.push_back(numbers.empty() ? 0 : function.name + 1);
+    return std::make_unique<TextTable>(std::move(numbers), static_cast<std::uint32_t>(data.names.size() + 1),
+                                       [&data](std::uint32_t number) { return data.names[number - 1]; });
+}
+
 } // namespace
 
 /// Weights together with the filter that they are of: while they live, no other filter has its address.
@@ -140,8 +150,7 @@ std::unique_ptr<TextTable> ProfileStore::makeTexts(Dimension dimension) const {
     case Dimension::function:
         break;
     }
-    return table(m_data.functions.size(),
-                 [this](std::uint32_t entry) { return m_data.names[m_data.functions[entry].name]; });
+    return functionTexts(m_data);
 }
 
 std::optional<std::size_t> ProfileStore::findMetric(std::string_view name) const {

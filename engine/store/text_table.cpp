@@ -6,7 +6,11 @@
 namespace panedeck::engine {
 
 TextTable::TextTable(std::uint32_t count, text_of_t text_of)
-    : m_count(count), m_text_of(std::move(text_of)), m_blocks(count / block_size + 1) {}
+    : m_count(count), m_text_count(count), m_text_of(std::move(text_of)), m_blocks(count / block_size + 1) {}
+
+TextTable::TextTable(std::vector<std::uint32_t> text_numbers, std::uint32_t text_count, text_of_t text_of)
+    : m_count(static_cast<std::uint32_t>(text_numbers.size())), m_text_numbers(std::move(text_numbers)),
+      m_text_count(text_count), m_text_of(std::move(text_of)), m_blocks(text_count / block_size + 1) {}
 
 TextTable::~TextTable() {
     for (const auto& block : m_blocks)
@@ -14,9 +18,10 @@ TextTable::~TextTable() {
 }
 
 const bk2::variant_t& TextTable::text(std::uint32_t entry) const {
-    const Block* block = m_blocks[entry / block_size].load(std::memory_order_acquire);
-    if (!block) block = makeBlock(entry / block_size);
-    return block->texts[entry % block_size];
+    const std::uint32_t number = m_text_numbers.empty() ? entry : m_text_numbers[entry];
+    const Block* block = m_blocks[number / block_size].load(std::memory_order_acquire);
+    if (!block) block = makeBlock(number / block_size);
+    return block->texts[number % block_size];
 }
 
 const TextTable::Block* TextTable::makeBlock(std::uint32_t index) const {
@@ -24,8 +29,9 @@ const TextTable::Block* TextTable::makeBlock(std::uint32_t index) const {
     if (const Block* made = m_blocks[index].load(std::memory_order_relaxed)) return made;
     auto block = std::make_unique<Block>();
     const std::uint32_t first = index * block_size;
-    for (std::uint32_t entry = std::max(first, 1u); entry < std::min(first + block_size, m_count); ++entry)
-        block->texts[entry - first] = bk2::variant_t(m_text_of(entry));
+    for (std::uint32_t number = std::max(first, 1u); number < std::min(first + block_size, m_text_count);
+         ++number)
+        block->texts[number - first] = bk2::variant_t(m_text_of(number));
     m_blocks[index].store(block.get(), std::memory_order_release);
     return block.release();
 }

@@ -222,17 +222,14 @@ bool ComparedModel::valueOfSums(std::span<const Weight> sums, const ColumnConten
            weightValue(sums.data(), sums.data() + m_first.cellsPerRow(), column, contents, value);
 }
 
-std::vector<RowLevel> ComparedModel::levelsOf(RowIndex row) const {
-    std::vector<RowLevel> levels;
-    for (; row != no_row; row = parentOf(row)) {
-        const Record& record = *m_rows[row];
-        const RowTree& rows = record.first != no_row ? m_first : m_second;
-        const RowIndex own = record.first != no_row ? record.first : record.second;
-        const Segment segment = rows.segmentOf(own);
-        levels.push_back({segment, rows.request().store->contentOf(dimensionOf(segment), rows.valueOf(own))});
-    }
-    std::ranges::reverse(levels);
-    return levels;
+RowLevel ComparedModel::rowLevel(RowIndex row) const {
+    const Record& record = *m_rows[row];
+    if (record.first != no_row) return {m_first.segmentOf(record.first), 0, m_first.valueOf(record.first)};
+    return {m_second.segmentOf(record.second), 1, m_second.valueOf(record.second)};
+}
+
+std::vector<std::shared_ptr<const ProfileStore>> ComparedModel::results() const {
+    return {m_first.request().store, m_second.request().store};
 }
 
 } // namespace panedeck::engine

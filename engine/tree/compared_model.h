@@ -30,7 +30,8 @@ public:
     std::vector<Weight> sumOfRows(std::span<const RowIndex> rows) const override;
     bool valueOfSums(std::span<const Weight> sums, const ColumnContent& column, int contents,
                      bk2::variant_t& value) const override;
-    std::vector<RowLevel> levelsOf(RowIndex row) const override;
+    RowLevel rowLevel(RowIndex row) const override;
+    std::vector<std::shared_ptr<const ProfileStore>> results() const override;
     FrameScope scope() const override { return m_first.request().scope; }
 
 private:

@@ -9,9 +9,6 @@
 
 namespace panedeck::engine {
 
-/// The given rows without those that stand below another one of them.
-std::vector<RowIndex> withoutDescendants(const TableModel& model, std::vector<RowIndex> rows);
-
 /// The sums of some rows of a tree, as a row: it has numbers only, no place in the tree and no children.
 /// Keeps the tree.
 class RowSums final : public bk2::ref_counted_t<RowSums, bk2::mt_ref_count_impl_t, dataface1::ITableRow> {

@@ -100,9 +100,12 @@ bool RowTree::isIntegerCell(std::size_t cell) const {
 
 std::vector<Weight> RowTree::sumOfRows(std::span<const RowIndex> rows) const {
     std::vector<Weight> sums(m_cells_per_row, zeroWeight());
+    std::vector<std::uint8_t> is_integer(sums.size());
+    for (std::size_t cell = 0; cell < sums.size(); ++cell)
+        is_integer[cell] = isIntegerCell(cell);
     for (const RowIndex row : rows)
         for (std::size_t cell = 0; cell < sums.size(); ++cell)
-            add(sums[cell], m_cells[row][cell], isIntegerCell(cell));
+            add(sums[cell], m_cells[row][cell], is_integer[cell]);
     return sums;
 }
 

@@ -2,8 +2,6 @@
 
 #include "dataface/table_tree.h"
 
-#include <algorithm>
-
 namespace panedeck::engine {
 
 bool SingleModel::weightValue(const Weight* cells, const ColumnContent& column, int contents,
@@ -56,15 +54,12 @@ bool SingleModel::valueOfSums(std::span<const Weight> sums, const ColumnContent&
     return column.kind == ColumnContent::Kind::weight && weightValue(sums.data(), column, contents, value);
 }
 
-std::vector<RowLevel> SingleModel::levelsOf(RowIndex row) const {
-    const ProfileStore& store = *m_rows.request().store;
-    std::vector<RowLevel> levels;
-    for (; row != no_row; row = m_rows.parentOf(row)) {
-        const Segment segment = m_rows.segmentOf(row);
-        levels.push_back({segment, store.contentOf(dimensionOf(segment), m_rows.valueOf(row))});
-    }
-    std::ranges::reverse(levels);
-    return levels;
+RowLevel SingleModel::rowLevel(RowIndex row) const {
+    return {m_rows.segmentOf(row), 0, m_rows.valueOf(row)};
+}
+
+std::vector<std::shared_ptr<const ProfileStore>> SingleModel::results() const {
+    return {m_rows.request().store};
 }
 
 } // namespace panedeck::engine

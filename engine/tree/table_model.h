@@ -2,7 +2,7 @@
 
 #include "basekit/error_code.h"
 #include "basekit/variant.h"
-#include "filter/filter_expression.h"
+#include "filter/row_paths.h"
 #include "notifykit/progress.h"
 #include "query/query_handles.h"
 #include "tree/row_tree.h"
@@ -50,8 +50,10 @@ public:
     virtual bool valueOfSums(std::span<const Weight> sums, const ColumnContent& column, int contents,
                              bk2::variant_t& value) const = 0;
 
-    /// The row's levels from the top down.
-    virtual std::vector<RowLevel> levelsOf(RowIndex row) const = 0;
+    /// What the row stands for on its own level.
+    virtual RowLevel rowLevel(RowIndex row) const = 0;
+    /// The results that the rows are of, in the order of the numbers in `rowLevel`.
+    virtual std::vector<std::shared_ptr<const ProfileStore>> results() const = 0;
     /// Whether the weights are those of leaf frames.
     virtual FrameScope scope() const = 0;
 };

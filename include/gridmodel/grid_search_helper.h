@@ -92,6 +92,7 @@ private:
     std::vector<FoundCell> m_foundCells; ///< ascending row, within a row in the order of the visible columns
     std::string m_searchKey;
     std::uint64_t m_foundItemCount = 0;
+    std::string m_folded; ///< the text that is being searched; its room serves all cells
 };
 
 } // namespace panedeck

@@ -4,11 +4,13 @@
 #include "basekit/sptr.h"
 #include "basekit/variant.h"
 #include "basekit/variant_bag.h"
+#include "dataface/formatter.h"
 #include "dataface/query.h"
 #include "dataface/table_tree.h"
 #include "dataface/table_tree_helper.h"
 #include "gridmodel/bar.h"
 #include "gridmodel/grid_column_format.h"
+#include "gridmodel/percent_base.h"
 #include "portkit/catalog.h"
 
 #include <map>
@@ -41,6 +43,8 @@ public:
     ~GridColumn();
 
     int getIndex() const { return m_index; }
+    /// The name of the column and of its cells in answers: "c" and the index.
+    const std::string& getId() const { return m_id; }
     const bk2::sptr_t<dataface1::IColumnInfo>& getColumnInfo() const { return m_columnInfo; }
     /// The column's query, looked through a vector; null only for a column without one.
     const bk2::sptr_t<dataface1::IQuery>& getQuery() const { return m_query; }
@@ -64,17 +68,30 @@ public:
     /// The format of a grouping level; levels beyond the last known have that one's.
     const std::string& getFormat(int level = 0) const;
     /// Switches the column itself (level 0).
-    void setCurrentFormat(const std::string& format) { m_formats.front() = format; }
+    void setCurrentFormat(const std::string& format);
     const std::map<std::string, std::shared_ptr<GridColumnFormat>>& getAvailableFormats() const {
         return m_availableFormats;
     }
-    /// Replaces `text` by the cell as the pane shows it.
+    /// Replaces `text` by the cell as the pane shows it, in the room that it has: in a loop over cells, give
+    /// it the same text.
     void formatCell(const dataface1::ITableRow& row, std::string& text, int level) const;
+    /// What kind of values the rows of a grouping level have; in all other columns that of the column.
+    dataface1::query_value_type_t getValueType(int level) const;
+    /// The value that `formatCell` writes; null if the cell has none.
+    bk2::variant_t cellValue(const dataface1::ITableRow& row) const;
+    /// The second half of `formatCell`, for a value that was read before.
+    void formatValue(const dataface1::ITableRow& row, const bk2::variant_t& value, std::string& text,
+                     int level) const;
 
     /// The greatest value in this column; null if it holds no numbers.
     bk2::variant_t getMaxValue() const;
     /// As the free function `percentBase`, with what is the same for all rows looked up once.
     bk2::variant_t percentBase(const dataface1::ITableRow& row, const std::string& format) const;
+    /// The same for all formats but "percent_by", with what is the same for all columns looked up once too.
+    /// `baseRow` is that of `row`.
+    bk2::variant_t percentBase(PercentBaseRow& baseRow) const;
+    /// The same for "percent_by".
+    bk2::variant_t percentBaseOfMetric(const dataface1::ITableRow& row) const;
     /// False: no row of the tree has a base row, so that none is looked for.
     void setHasBaseRows(bool hasBaseRows) { m_hasBaseRows = hasBaseRows; }
 
@@ -91,6 +108,22 @@ public:
     void saveToVBag(bk2::variant_bag_t& bag) const;
 
 private:
+    /// How cells of one query are written in one format.
+    struct CellFormat {
+        bk2::sptr_t<dataface1::IQuery> rowQuery; ///< as rows give it; held, so that its address stays its own
+        std::size_t level;                       ///< in m_formats
+        dataface1::Formatter formatter;
+        bool isPercent;
+        bool hasAlias;
+        std::string aliasForUnknown;
+    };
+
+    CellFormat& cellFormat(const dataface1::ITableRow& row, int level) const;
+    CellFormat makeCellFormat(const bk2::sptr_t<dataface1::IQuery>& rowQuery, std::size_t level) const;
+    std::size_t formatIndex(int level) const;
+    void findValueTypes() const;
+    const dataface1::IColumnInfo& baseColumn() const;
+    bool isGrouping() const;
     bool getCollapsible() const;
     std::string makeHelpKeyword() const;
     void initColumnFormats();
@@ -100,9 +133,11 @@ private:
     std::shared_ptr<IBar> chooseBar() const;
 
     int m_index;
+    std::string m_id;
     bk2::sptr_t<dataface1::IColumnInfo> m_columnInfo;
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
-    std::vector<std::string> m_formats; ///< per grouping level, never empty
+    std::vector<std::string> m_formats;            ///< per grouping level, never empty
+    mutable std::vector<CellFormat> m_cellFormats; ///< those used so far; emptied when a format changes
     bk2::sptr_t<dataface1::IQuery> m_query;
     bool m_isCollapsible = false;
     unit_of_measure_t m_unitOfMeasure = unit_of_measure_t::none;
@@ -115,8 +150,9 @@ private:
     mutable std::string m_caption; ///< empty until asked for
     mutable std::shared_ptr<IBar> m_bar;
     bool m_hasBaseRows = true;
-    mutable bool m_hasBaseTotal = false;
-    mutable bk2::variant_t m_baseTotal; ///< the base column's total
+    mutable bk2::sptr_t<dataface1::IColumnInfo> m_baseColumn;        ///< null until asked for
+    mutable bk2::variant_t m_baseTotal;                              ///< its total, known with it
+    mutable std::vector<dataface1::query_value_type_t> m_valueTypes; ///< per level; empty until asked for
     mutable bool m_hasBarMaximum = false;
     mutable bk2::variant_t m_barMaximum;
     const portkit2::catalog_t* m_catalog;

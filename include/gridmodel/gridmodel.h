@@ -262,8 +262,10 @@ private:
     bk2::variant_t percentDifference(const dataface1::ITableRow& row,
                                      const dataface1::IColumnInfo& columnInfo,
                                      const std::string& format) const;
+    static bk2::variant_t getCellContent(const dataface1::ITableRow& row, int level,
+                                         const GridColumn& column);
     void saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
-                        bk2::variant_bag_t& cell) const;
+                        PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const;
     bk2::variant_t sortValue(const dataface1::ITableRow& row, const GridColumn& column,
                              bool& descending) const;
     bool rowKey(const dataface1::ITableRow& row, const dataface1::IColumnInfo& groupingColumn,

@@ -17,6 +17,22 @@ namespace panedeck {
 PANEDECK_API bk2::variant_t percentBase(const dataface1::ITableRow* row,
                                         const dataface1::IColumnInfo* columnInfo, const std::string& format);
 
+/// The base row of one row's cells, looked for when it is first asked for: one search serves all columns.
+class PANEDECK_API PercentBaseRow {
+public:
+    /// `row` outlives this object.
+    explicit PercentBaseRow(const dataface1::ITableRow& row) : m_row(row) {}
+
+    /// The nearest row upward, the row included, whose query has "unitDistinctQuery"; null if there is none.
+    /// Cost: the depth of the row, once.
+    const bk2::sptr_t<dataface1::ITableRow>& get();
+
+private:
+    const dataface1::ITableRow& m_row;
+    bk2::sptr_t<dataface1::ITableRow> m_base;
+    bool m_isKnown = false;
+};
+
 /// The column whose values are the 100% of this one's.
 PANEDECK_API bk2::sptr_t<dataface1::IColumnInfo>
 findPercentBaseColumn(const dataface1::IColumnInfo& columnInfo);

@@ -64,6 +64,9 @@ public:
         m_changed = true;
     }
 
+    /// Makes room for that many items, if so many are going to be selected.
+    void reserve(std::size_t count) { m_items.reserve(count); }
+
     bool isSelected(const Item& item) const { return m_items.contains(item); }
 
     /// Empties the set; the current row stays. Nothing happens to an empty set.

@@ -212,6 +212,16 @@ variant_t& variant_bag_t::put_value(std::string_view name, variant_t&& value) {
     return content.values.back().value;
 }
 
+void variant_bag_t::append_value(static_name_t name, variant_t&& value) {
+    body_t& content = body();
+    content.values.push_back({bag_name_t(name), std::move(value)});
+    if (content.values.size() > largest_scanned) content.index_last_value();
+}
+
+void variant_bag_t::reserve_values(std::size_t count) {
+    body().values.reserve(count);
+}
+
 variant_bag_t& variant_bag_t::put_child(std::string_view name, variant_bag_t&& bag) {
     if (variant_bag_t* const present = find_child(name)) return *present = std::move(bag);
     return add_variant_bag(name, std::move(bag));

@@ -112,6 +112,12 @@ public:
             return put_child(name, std::move(entry));
     }
 
+    /// Appends a value under a name that the bag does not have yet: for writers that know what they write,
+    /// since nothing is looked up.
+    void append_value(static_name_t name, variant_t&& value);
+    /// Makes room for that many values, so that appending them does not move them about.
+    void reserve_values(std::size_t count);
+
     /// Adds a child of that name with `value` as its own value: `{"name": value}` in JSON.
     void put_own_value(std::string_view child_name, variant_t value);
 

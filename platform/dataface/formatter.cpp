@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 
 namespace dataface1 {
 
@@ -58,12 +59,13 @@ double seconds_per_unit(const bk2::sptr_t<IQuery>& query) {
 } // namespace
 
 Formatter::Formatter(const bk2::sptr_t<IQuery>& query)
-    : m_format(default_format(throughVector(query))),
+    : m_format(default_format(throughVector(query))), m_kind(kind_of(m_format)),
       m_seconds_per_unit(seconds_per_unit(throughVector(query))) {}
 
 bool Formatter::setCurrentFormat(const std::string& format) {
     if (!is_known(format)) return false;
     m_format = format;
+    m_kind = kind_of(format);
     return true;
 }
 
@@ -71,22 +73,39 @@ double Formatter::greatest_beside(double value) const {
     return m_total_maximum > 0 ? m_total_maximum : std::fabs(value);
 }
 
+Formatter::kind_t Formatter::kind_of(std::string_view format) {
+    if (isPercentFormat(format)) return kind_t::percent;
+    constexpr std::pair<std::string_view, kind_t> kinds[] = {{"time", kind_t::time},
+                                                             {"count", kind_t::count},
+                                                             {"bytes", kind_t::bytes},
+                                                             {"number", kind_t::number},
+                                                             {"hexadecimal", kind_t::hexadecimal}};
+    for (const auto& [name, kind] : kinds)
+        if (format == name) return kind;
+    return kind_t::text;
+}
+
 void Formatter::format(const bk2::variant_t& value, std::string& text) const {
+    if (!value.is_numeric()) return write_plain(text, value);
     const double number = varToDouble(value);
-    if (!value.is_numeric() || m_format == "text")
-        text = bk2::get_value_string(value);
-    else if (m_format == "time")
-        text = time_text(number * m_seconds_per_unit, greatest_beside(number) * m_seconds_per_unit);
-    else if (m_format == "bytes")
-        text = bytes_text(number, greatest_beside(number));
-    else if (m_format == "count")
-        text = count_text(value);
-    else if (m_format == "hexadecimal")
-        text = hexadecimal_text(value);
-    else if (m_format == "number")
-        text = number_text(value);
-    else
-        text = m_sum_of_values.is_null() ? std::string() : percent_text(number, varToDouble(m_sum_of_values));
+    switch (m_kind) {
+    case kind_t::time:
+        return write_time(text, number * m_seconds_per_unit, greatest_beside(number) * m_seconds_per_unit);
+    case kind_t::bytes:
+        return write_bytes(text, number, greatest_beside(number));
+    case kind_t::count:
+        return write_count(text, value);
+    case kind_t::hexadecimal:
+        return write_hexadecimal(text, value);
+    case kind_t::number:
+        return write_number(text, value);
+    case kind_t::percent:
+        text.clear();
+        if (!m_sum_of_values.is_null()) write_percent(text, number, varToDouble(m_sum_of_values));
+        return;
+    case kind_t::text:
+        return write_plain(text, value);
+    }
 }
 
 bool Formatter::isPercentFormat(std::string_view format) {

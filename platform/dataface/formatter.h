@@ -35,7 +35,7 @@ public:
     /// The greatest value that will be shown: fixes the unit and the digits of a whole column.
     void setTotalMaxValue(double maximum) { m_total_maximum = maximum; }
 
-    /// Replaces `text` by the value's text; a null value gives "".
+    /// Replaces `text` by the value's text, in the room that it has; a null value gives "".
     void format(const bk2::variant_t& value, std::string& text) const;
 
     static bool isPercentFormat(std::string_view format);
@@ -47,9 +47,13 @@ public:
     static double varToDouble(const bk2::variant_t& value);
 
 private:
+    enum class kind_t { time, count, bytes, number, hexadecimal, percent, text };
+
+    static kind_t kind_of(std::string_view format);
     double greatest_beside(double value) const;
 
     std::string m_format;
+    kind_t m_kind;
     double m_seconds_per_unit = 1;
     bk2::variant_t m_sum_of_values;
     double m_total_maximum = 0;

@@ -111,10 +111,37 @@ std::wstring to_wide(std::string_view text) {
     return widened;
 }
 
+namespace {
+
+constexpr std::uint64_t each_byte(std::uint64_t byte) { return byte * 0x0101010101010101u; }
+
+// Eight bytes at once: a byte's high bit becomes that of its letter test, and 0x20 makes a letter small.
+std::uint64_t lower_case(std::uint64_t bytes) {
+    const std::uint64_t low_bits = bytes & each_byte(0x7F);
+    const std::uint64_t from_a = low_bits + each_byte(0x80 - 'A');
+    const std::uint64_t behind_z = low_bits + each_byte(0x7F - 'Z');
+    return bytes | ((from_a ^ behind_z) & ~bytes & each_byte(0x80)) >> 2;
+}
+
+} // namespace
+
+void lower_case(std::string_view text, ustring8& lowered) {
+    lowered.resize(text.size());
+    std::size_t position = 0;
+    for (std::uint64_t word; position + sizeof word <= text.size(); position += sizeof word) {
+        std::memcpy(&word, text.data() + position, sizeof word);
+        word = lower_case(word);
+        std::memcpy(lowered.data() + position, &word, sizeof word);
+    }
+    for (; position < text.size(); ++position) {
+        const char c = text[position];
+        lowered[position] = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+}
+
 ustring8 lower_case(std::string_view text) {
-    ustring8 lowered(text);
-    std::transform(lowered.begin(), lowered.end(), lowered.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    ustring8 lowered;
+    lower_case(text, lowered);
     return lowered;
 }
 

@@ -36,6 +36,9 @@ PANEDECK_API std::wstring to_wide(std::string_view text);
 /// The text with ASCII letters lower-cased, other bytes as they are.
 PANEDECK_API ustring8 lower_case(std::string_view text);
 
+/// The same into the room that `lowered` has: for loops over many texts.
+PANEDECK_API void lower_case(std::string_view text, ustring8& lowered);
+
 } // namespace portkit2
 
 using portkit2::ustring8;

@@ -62,9 +62,9 @@ bool isFarther(const variant_t& a, const variant_t& b) {
 GridColumn::GridColumn(int index, sptr_t<IColumnInfo> columnInfo,
                        std::shared_ptr<dataface1::ITableTreeHelper> helper, std::string versionText,
                        std::string extraVersionText, const portkit2::catalog_t* catalog)
-    : m_index(index), m_columnInfo(std::move(columnInfo)), m_tableTreeHelper(std::move(helper)), m_formats(1),
-      m_versionText(std::move(versionText)), m_extraVersionText(std::move(extraVersionText)),
-      m_catalog(catalog) {
+    : m_index(index), m_id("c" + std::to_string(index)), m_columnInfo(std::move(columnInfo)),
+      m_tableTreeHelper(std::move(helper)), m_formats(1), m_versionText(std::move(versionText)),
+      m_extraVersionText(std::move(extraVersionText)), m_catalog(catalog) {
     PANEDECK_EXPECT(!m_columnInfo.is_null(), "!columnInfo.is_null()");
     if (!m_columnInfo) return;
     m_query = dataface1::throughVector(m_columnInfo->getQuery());

@@ -3,7 +3,6 @@
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
 #include "gridmodel/gridcolumn.h"
-#include "gridmodel/percent_base.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,38 +52,115 @@ void GridColumn::initAvailableFormats() {
     }
 }
 
-const std::string& GridColumn::getFormat(int level) const {
-    const auto last = static_cast<int>(m_formats.size()) - 1;
-    return m_formats[static_cast<std::size_t>(std::clamp(level, 0, last))];
+std::size_t GridColumn::formatIndex(int level) const {
+    return static_cast<std::size_t>(std::clamp(level, 0, static_cast<int>(m_formats.size()) - 1));
 }
 
-void GridColumn::formatCell(const dataface1::ITableRow& row, std::string& text, int level) const {
-    const bool isGrouping = (m_columnInfo->getFlags() & dataface1::column_grouping) != 0;
-    const auto query = isGrouping ? dataface1::throughVector(row.getQuery()) : m_query;
+const std::string& GridColumn::getFormat(int level) const {
+    return m_formats[formatIndex(level)];
+}
+
+void GridColumn::setCurrentFormat(const std::string& format) {
+    m_formats.front() = format;
+    m_cellFormats.clear();
+}
+
+GridColumn::CellFormat GridColumn::makeCellFormat(const bk2::sptr_t<dataface1::IQuery>& rowQuery,
+                                                  std::size_t level) const {
+    const auto query = isGrouping() ? dataface1::throughVector(rowQuery) : m_query;
+    const std::string& format = m_formats[level];
+    CellFormat made{rowQuery, level, Formatter(query), Formatter::isPercentFormat(format), false, {}};
+    made.formatter.setCurrentFormat(format);
+    if (const auto info = IInfoQuery::cast(query)) {
+        made.hasAlias = true;
+        made.aliasForUnknown = info->getAliasForUnknown();
+    }
+    if (made.isPercent)
+        made.formatter.setTotalMaxValue(std::fabs(Formatter::varToDouble(getAbsMaxValue(*m_columnInfo))));
+    return made;
+}
+
+bool GridColumn::isGrouping() const {
+    return (m_columnInfo->getFlags() & dataface1::column_grouping) != 0;
+}
+
+GridColumn::CellFormat& GridColumn::cellFormat(const dataface1::ITableRow& row, int level) const {
+    // A provider that gives a query of its own to each row gains nothing here and must cost no memory.
+    constexpr std::size_t most_kept = 32;
+    const auto rowQuery = isGrouping() ? row.getQuery() : nullptr;
+    const std::size_t index = formatIndex(level);
+    for (CellFormat& known : m_cellFormats)
+        if (known.rowQuery == rowQuery && known.level == index) return known;
+    if (m_cellFormats.size() == most_kept) m_cellFormats.clear();
+    return m_cellFormats.emplace_back(makeCellFormat(rowQuery, index));
+}
+
+variant_t GridColumn::cellValue(const dataface1::ITableRow& row) const {
     variant_t value;
     const bool status = row.getValue(m_columnInfo.get(), dataface1::cell_value, value);
     PANEDECK_EXPECT(status, "status");
-    const auto info = value.is_null() ? IInfoQuery::cast(query) : nullptr;
-    if (info) {
-        text = info->getAliasForUnknown();
-        return;
-    }
-    Formatter formatter(query);
-    formatter.setCurrentFormat(getFormat(level));
-    if (Formatter::isPercentFormat(getFormat(level))) {
-        formatter.setSumOfValues(percentBase(row, getFormat(level)));
-        formatter.setTotalMaxValue(std::fabs(Formatter::varToDouble(getAbsMaxValue(*m_columnInfo))));
-    }
-    formatter.format(value, text);
+    return value;
 }
 
-bk2::variant_t GridColumn::percentBase(const dataface1::ITableRow& row, const std::string& format) const {
-    if (m_hasBaseRows || format == "percent_by")
-        return panedeck::percentBase(&row, m_columnInfo.get(), format);
-    if (!std::exchange(m_hasBaseTotal, true) &&
-        !findPercentBaseColumn(*m_columnInfo)->getAttribute(dataface1::column_total_value, m_baseTotal))
-        m_baseTotal.free_data();
-    return m_baseTotal;
+void GridColumn::formatValue(const dataface1::ITableRow& row, const variant_t& value, std::string& text,
+                             int level) const {
+    CellFormat& format = cellFormat(row, level);
+    if (value.is_null() && format.hasAlias) {
+        text = format.aliasForUnknown;
+        return;
+    }
+    if (format.isPercent) format.formatter.setSumOfValues(percentBase(row, getFormat(level)));
+    format.formatter.format(value, text);
+}
+
+void GridColumn::formatCell(const dataface1::ITableRow& row, std::string& text, int level) const {
+    formatValue(row, cellValue(row), text, level);
+}
+
+variant_t GridColumn::percentBase(const dataface1::ITableRow& row, const std::string& format) const {
+    if (format == "percent_by") return percentBaseOfMetric(row);
+    PercentBaseRow baseRow(row);
+    return percentBase(baseRow);
+}
+
+variant_t GridColumn::percentBase(PercentBaseRow& baseRow) const {
+    const dataface1::IColumnInfo& base = baseColumn();
+    const auto row = m_hasBaseRows ? baseRow.get() : nullptr;
+    if (!row) return m_baseTotal;
+    variant_t value;
+    return row->getValue(&base, dataface1::cell_value, value) ? value : variant_t();
+}
+
+variant_t GridColumn::percentBaseOfMetric(const dataface1::ITableRow& row) const {
+    variant_t base;
+    return row.getValue(m_columnInfo.get(), dataface1::cell_percent_base, base) ? base : variant_t();
+}
+
+const dataface1::IColumnInfo& GridColumn::baseColumn() const {
+    if (!m_baseColumn) {
+        m_baseColumn = findPercentBaseColumn(*m_columnInfo);
+        if (!m_baseColumn->getAttribute(dataface1::column_total_value, m_baseTotal)) m_baseTotal.free_data();
+    }
+    return *m_baseColumn;
+}
+
+dataface1::query_value_type_t GridColumn::getValueType(int level) const {
+    if (m_valueTypes.empty()) findValueTypes();
+    // Levels beyond the last are the last, which is recursive.
+    const auto last = static_cast<int>(m_valueTypes.size()) - 1;
+    return m_valueTypes[static_cast<std::size_t>(std::clamp(level, 0, last))];
+}
+
+void GridColumn::findValueTypes() const {
+    const auto add = [this](const bk2::sptr_t<dataface1::IQuery>& query) {
+        m_valueTypes.push_back(query ? query->getValueType() : dataface1::query_value_type_t::text);
+    };
+    if (!isGrouping()) return add(m_query);
+    auto level = m_columnInfo->getQuery();
+    do {
+        add(dataface1::throughVector(level));
+        if (level) level = level->getLevelBelow();
+    } while (level);
 }
 
 } // namespace panedeck

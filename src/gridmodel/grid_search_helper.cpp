@@ -4,6 +4,7 @@
 #include "gridmodel/gridmodel.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -27,6 +28,49 @@ bool isWholeCharacters(std::string_view text, std::size_t begin, std::size_t end
     return startsCharacter(text[begin]) && (end == text.size() || startsCharacter(text[end]));
 }
 
+/// Reads the values of some rows ahead, column by column. Rows that stand side by side in a sorted grid lie
+/// far apart in memory: reading one cell of each in a row lets the machine wait for many of them at once.
+class RowReader {
+public:
+    RowReader(const GridModel& model, const std::vector<std::shared_ptr<GridColumn>>& columns)
+        : m_model(model), m_columns(columns), m_values(columns.size() * most_rows) {}
+
+    bool has(int index) const { return index >= m_first && index < m_first + m_count; }
+
+    /// Reads rows from `first` on, at most up to `end`; false if there is no such row.
+    bool read(int first, int end) {
+        m_first = first;
+        for (m_count = 0; m_count < most_rows && first + m_count < end; ++m_count) {
+            GridModel::RowPtr& row = m_rows[static_cast<std::size_t>(m_count)];
+            row = m_model.getRowByIndex(first + m_count);
+            if (!row) break;
+        }
+        for (std::size_t place = 0; place < m_columns.size(); ++place)
+            for (int index = first; index < first + m_count; ++index)
+                m_values[valueIndex(index, place)] = m_columns[place]->cellValue(row(index));
+        return m_count > 0;
+    }
+
+    const dataface1::ITableRow& row(int index) const {
+        return *m_rows[static_cast<std::size_t>(index - m_first)];
+    }
+    const variant_t& value(int index, std::size_t place) const { return m_values[valueIndex(index, place)]; }
+
+private:
+    static constexpr int most_rows = 32;
+
+    std::size_t valueIndex(int index, std::size_t place) const {
+        return place * most_rows + static_cast<std::size_t>(index - m_first);
+    }
+
+    const GridModel& m_model;
+    const std::vector<std::shared_ptr<GridColumn>>& m_columns;
+    std::array<GridModel::RowPtr, most_rows> m_rows;
+    std::vector<variant_t> m_values;
+    int m_first = 0;
+    int m_count = 0;
+};
+
 } // namespace
 
 ISearchHelper::~ISearchHelper() = default;
@@ -43,7 +87,8 @@ void GridSearchHelper::reset() {
 
 void GridSearchHelper::search(int row, int column, const std::string& text, const ustring8& key) {
     if (key.empty() || text.size() < key.size()) return;
-    const std::string folded = portkit2::lower_case(text);
+    portkit2::lower_case(text, m_folded);
+    const std::string& folded = m_folded;
     FoundCell cell{row, column, {}};
     std::size_t counted = 0;
     int characters = 0;
@@ -69,15 +114,19 @@ bk2::error_code_t GridSearchHelper::search(const GridModel* model, const GridRow
                      "searchKey");
     m_searchKey = key;
     const ustring8 lowerKey = portkit2::lower_case(key);
+    for (const auto& column : columns)
+        PANEDECK_REQUIRE(column, "column", bk2::kinds::is_not_valid_state, "column");
+    RowReader reader(*model, columns);
     std::string text;
     for (int index = rows.startIndex(); index < rows.endIndex(); ++index) {
-        const auto row = model->getRowByIndex(index);
-        PANEDECK_REQUIRE(row, "row", bk2::kinds::is_not_valid_state, "row");
+        if (!reader.has(index)) {
+            PANEDECK_REQUIRE(reader.read(index, rows.endIndex()), "row", bk2::kinds::is_not_valid_state,
+                             "row");
+        }
         const int level = model->getRowLevel(index);
-        for (const auto& column : columns) {
-            PANEDECK_REQUIRE(column, "column", bk2::kinds::is_not_valid_state, "column");
-            column->formatCell(*row, text, level);
-            search(index, column->getIndex(), text, lowerKey);
+        for (std::size_t place = 0; place < columns.size(); ++place) {
+            columns[place]->formatValue(reader.row(index), reader.value(index, place), text, level);
+            search(index, columns[place]->getIndex(), text, lowerKey);
         }
         if (notifykit2::is_canceled(progress)) {
             reset();

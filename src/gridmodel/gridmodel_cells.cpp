@@ -37,16 +37,6 @@ bool isTaskWithCallStack(const bk2::sptr_t<dataface1::IQuery>& query) {
     return false;
 }
 
-/// The query of the level of this row: levels beyond the last are the last, which is recursive.
-bk2::sptr_t<dataface1::IQuery> levelQuery(bk2::sptr_t<dataface1::IQuery> query, int level) {
-    for (; level > 0 && query; --level) {
-        const auto below = query->getLevelBelow();
-        if (!below) break;
-        query = below;
-    }
-    return dataface1::throughVector(query);
-}
-
 /// An address must not appear negative: the same bits as an unsigned number.
 bk2::variant_t asAddress(const bk2::variant_t& value) {
     const bool isUnsigned = value.tag() & 1;
@@ -58,12 +48,16 @@ bk2::variant_t asAddress(const bk2::variant_t& value) {
 
 bk2::variant_t GridModel::getCellContent(const dataface1::ITableRow* row, int level,
                                          const dataface1::IColumnInfo* columnInfo) const {
+    for (const ColumnPtr& column : m_columns)
+        if (row && column->getColumnInfo().get() == columnInfo) return getCellContent(*row, level, *column);
+    return {};
+}
+
+bk2::variant_t GridModel::getCellContent(const dataface1::ITableRow& row, int level,
+                                         const GridColumn& column) {
     bk2::variant_t value;
-    if (!row || !columnInfo || !row->getValue(columnInfo, dataface1::cell_value, value)) return {};
-    const bool grouping = columnInfo->getFlags() & dataface1::column_grouping;
-    const auto query = grouping ? levelQuery(columnInfo->getQuery(), level)
-                                : dataface1::throughVector(columnInfo->getQuery());
-    const bool isAddress = query && query->getValueType() == dataface1::query_value_type_t::address;
+    if (!row.getValue(column.getColumnInfo().get(), dataface1::cell_value, value)) return {};
+    const bool isAddress = column.getValueType(level) == dataface1::query_value_type_t::address;
     return isAddress && value.is_integer() ? asAddress(value) : value;
 }
 
@@ -71,8 +65,8 @@ bk2::variant_t GridModel::getCellContentByIndex(int row, int column) const {
     const ColumnPtr gridColumn = getColumnByIndex(column);
     PANEDECK_EXPECT(gridColumn, "column");
     const RowPtr tableRow = getRowByIndex(row);
-    if (!gridColumn) return {};
-    return getCellContent(tableRow.get(), getRowLevel(row), gridColumn->getColumnInfo().get());
+    return gridColumn && tableRow ? getCellContent(*tableRow, getRowLevel(row), *gridColumn)
+                                  : bk2::variant_t();
 }
 
 bk2::variant_t GridModel::getIssueMask(const dataface1::ITableRow& row,

@@ -73,7 +73,7 @@ void GridModel::getCellTextForExport(int row, const ColumnPtr& column, std::stri
     if (!columnInfo || !tableRow) return;
     if (columnInfo->getFlags() & dataface1::column_data) {
         // Full precision, whatever the column shows.
-        text = bk2::get_value_string(getCellContent(tableRow.get(), getRowLevel(row), columnInfo.get()));
+        text = bk2::get_value_string(getCellContent(*tableRow, getRowLevel(row), *column));
         return;
     }
     column->formatCell(*tableRow, text, getRowLevel(row));

@@ -10,6 +10,7 @@ bk2::error_code_t GridModel::processRowSelection(int row, std::uint64_t rowId, i
     if (type != SelectAll && type != SelectClear && !isRowValid(row))
         return bk2::error_code_t::raise(bk2::kinds::is_not, "Invalid grid view parameters specified.",
                                         __func__, __LINE__);
+    if (type == SelectAll) m_selectedRows->reserve(static_cast<std::size_t>(rowCount()));
     m_selectedRows->process(row, type);
     return createFooterRow();
 }

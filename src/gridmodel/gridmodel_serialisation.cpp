@@ -1,13 +1,15 @@
 #include "basekit/assertion.h"
 #include "gridmodel/bar.h"
 #include "gridmodel/gridmodel.h"
-#include "gridmodel/percent_base.h"
 
 #include <string>
 
 namespace panedeck {
 
 namespace {
+
+constexpr std::size_t row_value_count = 6;
+constexpr std::size_t cell_value_count = 5;
 
 const char* stateText(RowState state) {
     switch (state) {
@@ -21,10 +23,6 @@ const char* stateText(RowState state) {
     return " ";
 }
 
-std::string columnId(int index) {
-    return "c" + std::to_string(index);
-}
-
 } // namespace
 
 void GridModel::saveRegularRowToVBag(int row, bk2::variant_bag_t& bag) const {
@@ -36,32 +34,35 @@ void GridModel::saveRegularRowToVBag(int row, bk2::variant_bag_t& bag) const {
     const RowState state = m_gridType == GridFlatProfile ? RowLeaf : getRowState(row);
 
     bk2::variant_bag_t& rowBag = bag.add_variant_bag("row");
-    rowBag.put<bk2::variant_t>("level", bk2::variant_t(level));
-    rowBag.put<bk2::variant_t>("state", bk2::variant_t::borrow(isExpanding(id) ? "w" : stateText(state)));
-    rowBag.put<bk2::variant_t>("id", bk2::variant_t(std::to_string(id)));
-    rowBag.put<bk2::variant_t>("selected", bk2::variant_t(isSelected(row)));
-    rowBag.put<bk2::variant_t>("isDivable", bk2::variant_t(isRowDivable(row)));
+    rowBag.reserve_values(row_value_count);
+    rowBag.append_value("level", bk2::variant_t(level));
+    rowBag.append_value("state", bk2::variant_t::borrow(isExpanding(id) ? "w" : stateText(state)));
+    rowBag.append_value("id", bk2::variant_t(std::to_string(id)));
+    rowBag.append_value("selected", bk2::variant_t(isSelected(row)));
+    rowBag.append_value("isDivable", bk2::variant_t(isRowDivable(row)));
     bk2::variant_t objectid;
     if (const auto column = getGroupingColumn()) rowKey(*rowPtr, *column, objectid);
-    rowBag.put<bk2::variant_t>("objectid", std::move(objectid));
+    rowBag.append_value("objectid", std::move(objectid));
     addExtraRowAttributes(*rowPtr, rowBag);
     saveRowDataToVBag(*rowPtr, level, rowBag);
 }
 
 void GridModel::saveRowDataToVBag(const dataface1::ITableRow& row, int level, bk2::variant_bag_t& bag) const {
+    PercentBaseRow baseRow(row);
     bk2::variant_bag_t& cells = bag.add_variant_bag("cells");
     for (const ColumnPtr& column : m_columns)
-        saveCellToVBag(row, level, *column, cells.add_variant_bag(columnId(column->getIndex())));
+        saveCellToVBag(row, level, *column, baseRow, cells.add_variant_bag(column->getId()));
 }
 
 void GridModel::saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
-                               bk2::variant_bag_t& cell) const {
+                               PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const {
     const dataface1::IColumnInfo& columnInfo = *column.getColumnInfo();
-    cell.put<bk2::variant_t>("value", getCellContent(&row, level, &columnInfo));
-    cell.put<bk2::variant_t>("percentageBaseDefault", column.percentBase(row, ""));
-    cell.put<bk2::variant_t>("percentageBaseCustomMetric", column.percentBase(row, "percent_by"));
-    cell.put<bk2::variant_t>("issueMask", getIssueMask(row, columnInfo));
-    cell.put<bk2::variant_t>("isReliable", bk2::variant_t(isReliable(row, columnInfo)));
+    cell.reserve_values(cell_value_count);
+    cell.append_value("value", getCellContent(row, level, column));
+    cell.append_value("percentageBaseDefault", column.percentBase(baseRow));
+    cell.append_value("percentageBaseCustomMetric", column.percentBaseOfMetric(row));
+    cell.append_value("issueMask", getIssueMask(row, columnInfo));
+    cell.append_value("isReliable", bk2::variant_t(isReliable(row, columnInfo)));
     if (columnInfo.getFlags() & dataface1::column_data)
         column.getBar()->createInstance(row)->saveToVBag(cell);
 }
@@ -70,7 +71,7 @@ bool GridModel::saveColumnDataToVBag(int index, bk2::variant_bag_t& bag) const {
     const ColumnPtr column = getColumnByIndex(index);
     PANEDECK_EXPECT(column, "column");
     if (!column) return false;
-    bag.put<bk2::variant_t>("id", bk2::variant_t(columnId(index)));
+    bag.put<bk2::variant_t>("id", bk2::variant_t(column->getId()));
     addExtraColumnAttributes(*column, bag);
     column->saveToVBag(bag);
     return true;

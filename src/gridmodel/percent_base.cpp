@@ -2,6 +2,8 @@
 
 #include "gridmodel/query_attributes.h"
 
+#include <utility>
+
 namespace panedeck {
 
 using bk2::sptr_t;
@@ -42,6 +44,11 @@ sptr_t<ITableRow> findBaseRow(const ITableRow& row) {
 }
 
 } // namespace
+
+const sptr_t<ITableRow>& PercentBaseRow::get() {
+    if (!std::exchange(m_isKnown, true)) m_base = findBaseRow(m_row);
+    return m_base;
+}
 
 variant_t percentBase(const ITableRow* row, const IColumnInfo* columnInfo, const std::string& format) {
     variant_t base;

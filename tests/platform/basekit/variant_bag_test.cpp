@@ -59,6 +59,24 @@ TEST(variant_bag, put_replaces_in_place_and_keeps_kinds) {
     EXPECT_EQ(bag.count<variant_t>("a"), 1u);
 }
 
+TEST(variant_bag, appended_values_are_like_those_that_were_put) {
+    variant_bag_t bag;
+    bag.reserve_values(3);
+    EXPECT_TRUE(bag.is_empty());
+    bag.append_value("short", variant_t(1));
+    bag.append_value("a name of the program's own", variant_t(2));
+    for (int i = 0; i < 40; ++i)
+        bag.put<variant_t>("name of many " + std::to_string(i), variant_t(i));
+    bag.append_value("behind them all, in the index", variant_t(3));
+    const variant_bag_t copy(bag);
+    bag.put<variant_t>("a name of the program's own", variant_t(4));
+    EXPECT_EQ(bag.count<variant_t>(nullptr), 44u) << "replaced in place";
+    EXPECT_EQ(bag.get_variant("a name of the program's own"), variant_t(4));
+    EXPECT_EQ(copy.get_variant("a name of the program's own"), variant_t(2));
+    EXPECT_EQ(copy.get_variant("behind them all, in the index"), variant_t(3));
+    EXPECT_EQ(copy.get_variant("short"), variant_t(1));
+}
+
 TEST(variant_bag, a_put_child_is_copied_from_an_lvalue_and_taken_from_an_rvalue) {
     variant_bag_t bag, child;
     child.put<variant_t>("x", 1);

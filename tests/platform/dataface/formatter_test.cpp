@@ -5,7 +5,9 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdio>
 #include <limits>
+#include <random>
 
 namespace panedeck::tests {
 namespace {
@@ -65,6 +67,29 @@ TEST(Formatter, WritesEachFormat) {
         Formatter formatter(nullptr);
         ASSERT_TRUE(formatter.setCurrentFormat(format));
         EXPECT_EQ(formatted(formatter, value), text) << format;
+    }
+}
+
+/// The digits that printf writes, which rounds the exact number.
+std::string fixed(double value, int decimals) {
+    char text[400];
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    return text;
+}
+
+TEST(Formatter, RoundsAsTheExactNumberDoes) {
+    std::mt19937_64 random(1);
+    Formatter seconds(nullptr), percent(nullptr);
+    ASSERT_TRUE(seconds.setCurrentFormat("time") && percent.setCurrentFormat("percent"));
+    seconds.setTotalMaxValue(1.0);
+    percent.setSumOfValues(variant_t(100.0));
+    for (int i = 0; i < 20'000; ++i) {
+        // Of any size below the thousands, every other one at a tie or right beside it.
+        double value = std::ldexp(double(random() >> 11), -int(44 + random() % 40));
+        if (i % 2) value = std::nextafter((double(random() % 900'000) + 0.5) / 1000, i % 4 == 1 ? 1e9 : 0.0);
+        value = std::fmod(value, 1000) * (i % 3 ? 1 : -1);
+        EXPECT_EQ(formatted(seconds, variant_t(value)), fixed(value, 3) + " s");
+        EXPECT_EQ(formatted(percent, variant_t(value)), fixed(value / 100.0 * 100, 1) + "%");
     }
 }
 

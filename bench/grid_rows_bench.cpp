@@ -1,0 +1,269 @@
+// What touches all rows of a grid: opening and closing all of them, selecting all, saving and restoring what
+// is open; opening one large row in the midst of many; and what a row takes of memory.
+
+#include "grid_profiles.h"
+#include "ratio_report.h"
+
+#include <malloc.h>
+#include <map>
+
+namespace {
+
+using namespace panedeck;
+using namespace panedeck::bench;
+
+using RowPtr = bk2::sptr_t<dataface1::ITableRow>;
+using RowIterator = bk2::iterator_ptr_t<RowPtr>;
+using TreePtr = bk2::sptr_t<dataface1::ITableTree>;
+
+RowIterator childrenOf(const RowPtr& row) {
+    RowIterator children;
+    if (row->getChildRows(children, nullptr, true) == dataface1::ITreeNode::ecsfError) std::abort();
+    return children;
+}
+
+/// A record as the grid has it for each row.
+struct Record {
+    std::int32_t state;
+    std::int32_t level;
+    const void* row;
+};
+
+/// One pass over the provider's rows: the least that showing all of them takes.
+std::vector<Record> passOver(const dataface1::ITableTree& tree) {
+    std::vector<Record> records;
+    std::vector<RowIterator> open;
+    open.push_back(tree.getRows(nullptr));
+    while (!open.empty()) {
+        if (open.back()->at_end()) {
+            open.pop_back();
+            continue;
+        }
+        const RowPtr row = open.back()->current();
+        open.back()->next();
+        records.push_back({0, static_cast<std::int32_t>(open.size() - 1), row.get()});
+        open.push_back(childrenOf(row));
+    }
+    return records;
+}
+
+/// A call tree of about that many rows, all of them made.
+TreePtr deepTree(std::size_t rows) {
+    static std::map<std::size_t, TreePtr> trees;
+    auto& tree = trees[rows];
+    if (!tree) {
+        tree = OpenProfile(makeDeepProfile(rows, 2))
+                   .tree("/CallStack", slicerkit1::query_top_down, {"/Metrics"});
+        passOver(*tree);
+    }
+    return tree;
+}
+
+TreePtr wideTree(std::size_t rows) {
+    static std::map<std::size_t, TreePtr> trees;
+    auto& tree = trees[rows];
+    if (!tree)
+        tree = OpenProfile(makeWideProfile(rows, 2))
+                   .tree("/Function", slicerkit1::query_flat_profile, {"/Metrics"});
+    return tree;
+}
+
+std::size_t argument(const benchmark::State& state) {
+    return static_cast<std::size_t>(state.range(0));
+}
+
+void countRows(benchmark::State& state, std::size_t rows) {
+    state.counters["rows"] = static_cast<double>(rows);
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * rows));
+}
+
+void preorderPass(benchmark::State& state) {
+    const TreePtr tree = deepTree(argument(state));
+    std::size_t rows = 0;
+    for (auto _ : state)
+        rows = passOver(*tree).size();
+    countRows(state, rows);
+}
+
+/// Of a grid that has never opened a row.
+void expandAll(benchmark::State& state) {
+    const TreePtr tree = deepTree(argument(state));
+    bk2::sptr_t<GridModel> grid;
+    for (auto _ : state)
+        timeOnce(
+            state, [&] { grid = makeGrid(tree, GridTopDown); },
+            [&] { grid->expandRowsRecursively(nullptr, 0); });
+    countRows(state, static_cast<std::size_t>(grid->getRowCount()));
+}
+
+void collapseAll(benchmark::State& state) {
+    const auto grid = makeGrid(deepTree(argument(state)), GridTopDown);
+    std::size_t rows = 0;
+    for (auto _ : state)
+        timeOnce(
+            state,
+            [&] {
+                grid->expandRowsRecursively(nullptr, 0);
+                rows = static_cast<std::size_t>(grid->getRowCount());
+            },
+            [&] { grid->collapseAllRows(nullptr); });
+    countRows(state, rows);
+}
+
+void sortOpenTree(benchmark::State& state) {
+    const auto grid = makeGrid(deepTree(argument(state)), GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    bool descending = true;
+    for (auto _ : state) {
+        descending = !descending;
+        if (grid->sort({2, descending}).failed()) std::abort();
+    }
+    countRows(state, static_cast<std::size_t>(grid->getRowCount()));
+}
+
+/// The selection, the sums in the footer and the filter that goes to the other panes.
+void selectAllRows(benchmark::State& state, const TreePtr& tree) {
+    const auto grid = makeGrid(tree, GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    for (auto _ : state) {
+        if (grid->processRowSelection(0, 0, SelectAll).failed()) std::abort();
+        if (!grid->popSelectionState().filter) std::abort();
+    }
+    countRows(state, grid->getSelectedCount());
+}
+
+void selectAllDeep(benchmark::State& state) {
+    selectAllRows(state, deepTree(argument(state)));
+}
+void selectAllWide(benchmark::State& state) {
+    selectAllRows(state, wideTree(argument(state)));
+}
+
+void saveState(benchmark::State& state) {
+    const auto grid = makeGrid(deepTree(argument(state)), GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    for (auto _ : state) {
+        GridRowState saved;
+        grid->saveGridRowState(saved, nullptr);
+        benchmark::DoNotOptimize(saved.focusLevel);
+    }
+    countRows(state, static_cast<std::size_t>(grid->getRowCount()));
+}
+
+void restoreState(benchmark::State& state) {
+    const TreePtr tree = deepTree(argument(state));
+    auto grid = makeGrid(tree, GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    const int rows = grid->getRowCount();
+    GridRowState saved;
+    grid->saveGridRowState(saved, nullptr);
+    for (auto _ : state) {
+        timeOnce(
+            state, [&] { grid = makeGrid(tree, GridTopDown); },
+            [&] { grid->restoreGridRowState(saved, nullptr); });
+        if (grid->getRowCount() != rows) std::abort();
+    }
+    countRows(state, static_cast<std::size_t>(rows));
+}
+
+/// A tree of a million rows whose middle row has 10,000 children.
+TreePtr treeWithLargeRow() {
+    static const TreePtr tree = [] {
+        std::mt19937 random(1);
+        engine::ProfileData data = makeTables(1'000'000, 1);
+        for (engine::CallsiteIndex node = 1; node <= 1'010'000; ++node) {
+            data.callsite_parents.push_back(node <= 1'000'000 ? 0 : 500'000);
+            data.callsite_functions.push_back(1 + (node - 1) % 1'000'000);
+            addSample(data, node, random);
+        }
+        return OpenProfile(std::move(data)).tree("/CallStack", slicerkit1::query_top_down, {"/Metrics"});
+    }();
+    return tree;
+}
+
+int findLargeRow(const GridModel& grid) {
+    for (int row = 0; row < grid.getRowCount(); ++row)
+        if (!childrenOf(grid.getRowByIndex(row))->at_end()) return row;
+    std::abort();
+}
+
+void openLargeRow(benchmark::State& state) {
+    const auto grid = makeGrid(treeWithLargeRow(), GridTopDown);
+    // By text: the row with the large sum would be the first one by weight.
+    if (grid->sort({0, false}).failed()) std::abort();
+    const int row = findLargeRow(*grid);
+    for (auto _ : state)
+        timeOnce(
+            state, [&] { grid->expandRow(row, false, nullptr); },
+            [&] { grid->expandRow(row, true, nullptr); });
+    if (grid->getRowCount() != 1'010'000) std::abort();
+    state.counters["row"] = row;
+}
+
+/// One move of the rows behind the middle of a million.
+void bareInsert(benchmark::State& state) {
+    std::vector<Record> rows(1'000'000);
+    const std::vector<Record> added(10'000);
+    const auto middle = [&] { return rows.begin() + 500'000; };
+    for (auto _ : state)
+        timeOnce(
+            state,
+            [&] {
+                rows.erase(middle(), middle() + 10'000);
+                rows.resize(1'000'000);
+            },
+            [&] { rows.insert(middle(), added.begin(), added.end()); });
+}
+
+std::size_t bytesInUse() {
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+/// Tree and grid of a million rows that were never opened. The profile itself is not counted: it was there
+/// before.
+double bytesOfRow(int metrics) {
+    constexpr std::size_t rows = 1'000'000;
+    const OpenProfile profile(makeWideProfile(rows, static_cast<std::size_t>(metrics)));
+    const auto query = [&] {
+        return profile.tree("/Function", slicerkit1::query_flat_profile, {"/Metrics"});
+    };
+    makeGrid(query(), GridFlatProfile); // what the store works out on first use
+    const std::size_t before = bytesInUse();
+    const auto grid = makeGrid(query(), GridFlatProfile);
+    if (grid->getRowCount() != static_cast<int>(rows)) std::abort();
+    return static_cast<double>(bytesInUse() - before) / static_cast<double>(rows);
+}
+
+} // namespace
+
+#define FOR_ALL_SIZES(name)                                                                                  \
+    BENCHMARK(name)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond)
+
+FOR_ALL_SIZES(preorderPass);
+FOR_ALL_SIZES(expandAll)->UseManualTime();
+FOR_ALL_SIZES(collapseAll)->UseManualTime();
+FOR_ALL_SIZES(sortOpenTree);
+FOR_ALL_SIZES(selectAllDeep);
+FOR_ALL_SIZES(selectAllWide);
+FOR_ALL_SIZES(saveState);
+FOR_ALL_SIZES(restoreState)->UseManualTime();
+BENCHMARK(openLargeRow)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(bareInsert)->UseManualTime()->Unit(benchmark::kMillisecond);
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    RatioReport report;
+    benchmark::RunSpecifiedBenchmarks(&report);
+    for (const char* rows : {"/10000", "/100000", "/1000000"})
+        report.check(std::string("expandAll") + rows, std::string("preorderPass") + rows, 5);
+    report.check("openLargeRow", "bareInsert", 5);
+    for (const char* name : {"expandAll", "collapseAll", "sortOpenTree", "selectAllDeep", "selectAllWide",
+                             "saveState", "restoreState"}) {
+        report.checkGrowth(name, 10'000, 100'000, 1.25);
+        report.checkGrowth(name, 100'000, 1'000'000, 1.25);
+    }
+    for (const int metrics : {1, 2, 5})
+        report.print("bytes a row, " + std::to_string(metrics) + " metrics", bytesOfRow(metrics), 160);
+    return report.allReached() ? 0 : 1;
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <map>
+#include <string>
+
+namespace panedeck::bench {
+
+/// Prints what is measured and keeps the best time of each benchmark, that of this process unless the
+/// benchmark takes its own: others may be at work on the machine.
+class RatioReport : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs)
+            if (run.run_type == Run::RT_Iteration) keep(run);
+        ConsoleReporter::ReportRuns(runs);
+    }
+
+    /// Notes and prints if `name` takes more than `most` times as long as `beside`; nothing if one of them
+    /// did not run.
+    void check(const std::string& name, const std::string& beside, double most) {
+        if (!m_best.count(name) || !m_best.count(beside)) return;
+        print(name + " / " + beside, m_best[name] / m_best[beside], most);
+    }
+
+    /// The same for a figure per row at two sizes: how much a row costs more at the larger one.
+    void checkGrowth(const std::string& name, std::size_t rows, std::size_t more_rows, double most) {
+        const std::string small = name + "/" + std::to_string(rows);
+        const std::string large = name + "/" + std::to_string(more_rows);
+        if (!m_best.count(small) || !m_best.count(large)) return;
+        const double growth =
+            m_best[large] / m_best[small] * static_cast<double>(rows) / static_cast<double>(more_rows);
+        print(large + " per row / " + small, growth, most);
+    }
+
+    void print(const std::string& what, double figure, double most) {
+        const bool reached = figure <= most;
+        m_all_reached = m_all_reached && reached;
+        std::printf("%-66s %9.2f of %8.2f%s\n", what.c_str(), figure, most, reached ? "" : "  MISSED");
+    }
+
+    bool allReached() const { return m_all_reached; }
+    double best(const std::string& name) const {
+        const auto found = m_best.find(name);
+        return found == m_best.end() ? 0 : found->second;
+    }
+
+private:
+    void keep(const Run& run) {
+        const bool is_manual = run.run_name.time_type == "manual_time";
+        const double time = (is_manual ? run.real_accumulated_time : run.cpu_accumulated_time) /
+                            static_cast<double>(run.iterations);
+        const auto [best, is_new] = m_best.try_emplace(nameOf(run), time);
+        if (!is_new) best->second = std::min(best->second, time);
+    }
+
+    /// Name and argument without what google-benchmark appends of its own.
+    static std::string nameOf(const Run& run) {
+        return run.run_name.args.empty() ? run.run_name.function_name
+                                         : run.run_name.function_name + "/" + run.run_name.args;
+    }
+
+    std::map<std::string, double> m_best;
+    bool m_all_reached = true;
+};
+
+/// One iteration: `prepare` outside the time, `work` inside. For benchmarks with `UseManualTime`.
+template <class Prepare, class Work>
+void timeOnce(benchmark::State& state, const Prepare& prepare, const Work& work) {
+    prepare();
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+}
+
+} // namespace panedeck::bench
