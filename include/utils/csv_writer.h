@@ -33,7 +33,7 @@ private:
     char m_separator;
     bool m_atLineStart = false;
     bool m_told = false; ///< that it fails was logged: a full disk needs no line for each cell
-    std::string m_item; ///< reused from item to item
+    std::string m_item;  ///< reused from item to item
 };
 
 /// Never null; an unopened stream shows in `hasValidFileStream`.

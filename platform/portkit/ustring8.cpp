@@ -113,7 +113,9 @@ std::wstring to_wide(std::string_view text) {
 
 namespace {
 
-constexpr std::uint64_t each_byte(std::uint64_t byte) { return byte * 0x0101010101010101u; }
+constexpr std::uint64_t each_byte(std::uint64_t byte) {
+    return byte * 0x0101010101010101u;
+}
 
 // Eight bytes at once: a byte's high bit becomes that of its letter test, and 0x20 makes a letter small.
 std::uint64_t lower_case(std::uint64_t bytes) {
