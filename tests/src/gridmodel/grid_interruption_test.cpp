@@ -278,5 +278,60 @@ TEST(GridLocks, AScrollRunsWhileANestedHolderReads) {
     scroll.join();
 }
 
+TEST(GridLocks, ARowThatMovedMeanwhileIsOpenedInTheWindowOnly) {
+    const struct {
+        const char* meanwhile;
+        std::function<void(InterruptedGrid&)> run;
+        const char* shown;
+    } cases[] = {
+        {"nothing", [](auto&) {}, "-main\n  +parse\n  +draw\n+idle\n+free\n"},
+        {"a sort moves it out of the window",
+         [](auto& grid) {
+             EXPECT_TRUE(grid.model->sort({1, false}).succeeded());
+         },
+         "+free\n+idle\n+main\n"},
+        {"a sort moves it within",
+         [](auto& grid) {
+             GridViewParams params;
+             params.startRow = 0;
+             params.rowCount = 3;
+             EXPECT_TRUE(grid.model->validateAndSetViewParams(params));
+             EXPECT_TRUE(grid.model->sort({1, false}).succeeded());
+         },
+         "+free\n+idle\n-main\n  +draw\n  +parse\n"},
+        {"another row opens above it",
+         [](auto& grid) {
+             EXPECT_TRUE(grid.model->sort({0, false}).succeeded());
+             grid.model->expandRow(grid.rowOf("idle"), true, nullptr);
+         },
+         "+free\n-idle\n  +wait\n+main\n"},
+    };
+    for (const auto& [meanwhile, run, shown] : cases) {
+        const auto tree = newTree();
+        InterruptedGrid grid;
+        GridViewParams params;
+        params.startRow = 0;
+        params.rowCount = 2;
+        ASSERT_TRUE(grid.model->init(tree, params, KeepStackMode, {}, nullptr).succeeded());
+        ASSERT_TRUE(grid.model->sort({1, true}).succeeded());
+        Checkpoints checkpoints;
+        tree->row("main").whileReading = [&] { checkpoints.pass("reading"); };
+        tree->row("idle").atHand = true; // what is not would wait for the read to end
+        std::thread holder([&] {
+            GridModel::Lock lock(grid.model);
+            grid.model->expandRow(0, true, nullptr);
+        });
+        checkpoints.waitFor("reading");
+        {
+            GridModel::Lock lock(grid.model);
+            run(grid);
+        }
+        checkpoints.open("reading");
+        holder.join();
+        EXPECT_EQ(grid.show(), shown) << meanwhile;
+        EXPECT_EQ(grid.model->verify(), "") << meanwhile;
+    }
+}
+
 } // namespace
 } // namespace panedeck::tests
