@@ -2,8 +2,11 @@
 
 ASCII_LOWER = {code: code + 32 for code in range(ord("A"), ord("Z") + 1)}
 
-CAPTIONS = {"/CallStack": "Call Stack", "/ParentCallStack": "Call Stack", "/Function": "Function"}
-QUERY_TYPES = {"/CallStack": "topDown", "/ParentCallStack": "bottomUp", "/Function": "flatProfile"}
+FLAT, CALLS, CALLERS = "/Function", "/CallStack", "/ParentCallStack"
+# Who calls the function in focus, and whom it calls.
+FOCUS_CALLERS, FOCUS_CALLS = "/Function/ParentCallStack", "/Function/CallStack"
+QUERY_TYPES = {CALLS: "topDown", CALLERS: "bottomUp", FLAT: "flatProfile",
+               FOCUS_CALLERS: "selectionParentTree", FOCUS_CALLS: "selectionChildTree"}
 
 
 def folded_text(samples) -> str:
@@ -34,47 +37,61 @@ class Node:
         return self.children.setdefault(name, Node(name, self, len(self.total)))
 
 
-def make_tree(grouping: str, results) -> Node:
+def make_tree(grouping: str, results, focus: str = "") -> Node:
     """The tree over the samples of each result; the root stands for no row."""
     root = Node("", None, len(results))
     for number, samples in enumerate(results):
         for stack, weight in samples:
-            for node in rows_of_stack(root, grouping, stack):
+            for node, is_own in rows_of_stack(root, grouping, stack, focus).items():
                 node.total[number] += weight
-                if grouping == "/ParentCallStack" or node.name == stack[-1] and is_leaf(node, grouping, stack):
-                    node.self[number] += weight
+                node.self[number] += weight if is_own else 0
     return root
 
 
-def rows_of_stack(root: Node, grouping: str, stack) -> list[Node]:
-    """The rows that a sample counts for; a recursive function counts once."""
-    if grouping == "/Function":
-        return [root.child(name) for name in dict.fromkeys(stack)]
-    rows = []
-    for name in reversed(stack) if grouping == "/ParentCallStack" else stack:
-        rows.append((rows[-1] if rows else root).child(name))
-    return rows
+def rows_of_stack(root: Node, grouping: str, stack, focus: str) -> dict[Node, bool]:
+    """The rows that a sample counts for, each once, and whether it was taken in the row itself."""
+    if grouping == FLAT:
+        return {root.child(name): name == stack[-1] for name in stack}
+    found: dict[Node, bool] = {}
+    starts = [0] if grouping == CALLS else [len(stack) - 1]
+    if grouping in (FOCUS_CALLERS, FOCUS_CALLS):
+        starts = [start for start, name in enumerate(stack) if name == focus]
+    for start in starts:
+        upward = grouping in (CALLERS, FOCUS_CALLERS)
+        frames = stack[start::-1] if upward else stack[start:]
+        node = root
+        for depth, name in enumerate(frames, 1):
+            node = node.child(name)
+            found[node] = found.get(node, False) or (start == len(stack) - 1 if upward else depth == len(frames))
+    return found
 
 
-def samples_of(samples, grouping: str, paths):
+def samples_of(samples, grouping: str, paths, focus: str):
     """The samples that count for one of these rows."""
     chosen = set(paths)
     return [(stack, weight) for stack, weight in samples
-            if any(node.path in chosen for node in rows_of_stack(Node("", None, 1), grouping, stack))]
+            if any(node.path in chosen for node in rows_of_stack(Node("", None, 1), grouping, stack, focus))]
 
 
-def is_leaf(node: Node, grouping: str, stack) -> bool:
-    return grouping == "/Function" or len(node.path) == len(stack)
+def may_fold(grouping: str, node: Node) -> bool:
+    """Rows of a call tree may be folded."""
+    return grouping != FLAT and (grouping in (CALLS, CALLERS) or node.parent.parent is not None)
 
 
 def column_captions(grouping: str, results: int) -> list[str]:
     """All columns in the order of their cells."""
-    captions = [CAPTIONS[grouping]]
-    for kind in ("Self",) if grouping == "/ParentCallStack" else ("Total", "Self"):
+    captions = ["Function" if grouping == FLAT else "Call Stack" if grouping in (CALLS, CALLERS) else "Function / Call Stack"]
+    for kind in ("Self",) if grouping == CALLERS else ("Total", "Self"):
         captions.append(f"weight:{kind}")
         if results == 2:
             captions += [f"weight:{kind}:{which}" for which in ("First", "Second", "Difference")]
     return captions
+
+
+def column_flag(caption: str) -> int:
+    """What a data column's flags are, by its caption."""
+    parts = {"Total": 0x20, "Self": 0x10, "First": 0x100, "Second": 0x200, "Difference": 0x400}
+    return 0x4 + sum(parts[part] for part in caption.split(":")[1:])
 
 
 def top_columns(grouping: str, results: int) -> list[int]:
@@ -86,7 +103,7 @@ def top_columns(grouping: str, results: int) -> list[int]:
 def numbers(grouping: str, totals, selves) -> list[int]:
     """The data cells of a row."""
     cells = []
-    for values in (selves,) if grouping == "/ParentCallStack" else (totals, selves):
+    for values in (selves,) if grouping == CALLERS else (totals, selves):
         if len(values) == 1:
             cells += values
         else:

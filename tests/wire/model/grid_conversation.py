@@ -54,8 +54,8 @@ class Connection:
 def random_operations(random: Random, count: int) -> list[tuple]:
     """What to ask: an operation and some numbers, whose meaning depends on what the grid shows by then."""
     names = random.choices(list(WEIGHTS), list(WEIGHTS.values()), k=count)
-    return [("refresh", *(random.getrandbits(30) for _ in range(6)))] + [
-        (name, *(random.getrandbits(30) for _ in range(6))) for name in names]
+    return [("refresh", *(random.getrandbits(30) for _ in range(12)))] + [
+        (name, *(random.getrandbits(30) for _ in range(12))) for name in names]
 
 
 class GridConversation:
@@ -185,27 +185,35 @@ class GridConversation:
 
     def _refresh(self) -> None:
         groupings = list(call_trees.QUERY_TYPES)
-        base = groupings[self._pick(3)]
+        grouping = groupings[self._pick(len(groupings))]
         if self._oracle is None:
-            self._oracle = GridOracle(base)
+            self._oracle = GridOracle(grouping)
         elif self._pick(3):
-            base = self._oracle.grouping
-        name, anywhere = NAMES[self._pick(len(NAMES))], self._pick(2) == 1
-        results, condition = self._results, ""
-        if self._pick(3) == 0:
-            results = [filtered(samples, name, anywhere) for samples in results]
-            item = own_value("grouping", "/CallStack" if anywhere else "/Function") + own_value("row", name)
-            condition = f"<filter><valueType>value</valueType><item>{item}</item></filter>"
+            grouping = self._oracle.grouping
+        self._focus = NAMES[self._pick(4)] if grouping in (call_trees.FOCUS_CALLERS, call_trees.FOCUS_CALLS) else ""
+        results, condition = self._random_filter()
+        tree = call_trees.make_tree(grouping, results, self._focus)
         start, count = self._pick(6) - 1, (0, 1, 3, 5, 100)[self._pick(5)]
         mode, levels = ("", "", "tree", "chain")[self._pick(4)], (0, 0, 0, 1, 2)[self._pick(5)]
-        query = f"<queryType>{call_trees.QUERY_TYPES[base]}</queryType>" + COLUMNS + condition
-        answer = self._ask("refresh", query, grouping=base, row=start, count=count, stackMode=mode,
-                           expandLevels=levels)
-        self._oracle.refresh(base, call_trees.make_tree(base, results), start, count, mode, levels)
+        flag, descending = (0x24, 0x14, 0x124, 0x414, 0x7, -1)[self._pick(6)], self._pick(2) == 1
+        query = f"<queryType>{call_trees.QUERY_TYPES[grouping]}</queryType>" + COLUMNS + condition
+        query += bag("focusObjectInfo", objectid=self._focus, grouping="/Function") if self._focus else ""
+        query += bag("persistedSorting", query="/Metrics/weight", queryFlag=flag, descending=descending)
+        answer = self._ask("refresh", query, grouping=grouping, row=start, count=count, stackMode=mode, expandLevels=levels)
+        self._oracle.refresh(grouping, tree, start, count, mode, levels, (flag, descending))
         if not isinstance(answer, dict):
             raise Mismatch(f"no window but {answer}")
         self._expect([column["caption"] for column in answer["columns"]], self._oracle.columns, "the columns")
         self._check("refresh", answer)
+
+    def _random_filter(self):
+        """The samples of each result that are left, and the filter that leaves them."""
+        if self._pick(3):
+            return self._results, ""
+        name, anywhere = NAMES[self._pick(len(NAMES))], self._pick(2) == 1
+        item = own_value("grouping", "/CallStack" if anywhere else "/Function") + own_value("row", name)
+        condition = f"<filter><valueType>value</valueType><item>{item}</item></filter>"
+        return [filtered(samples, name, anywhere) for samples in self._results], condition
 
     def _scroll(self) -> None:
         start, count = self._pick(len(self._oracle.rows()) + 4) - 2, self._pick(6)
@@ -251,8 +259,7 @@ class GridConversation:
 
     def _sort(self) -> None:
         column, descending = self._pick(len(self._oracle.columns)), self._pick(2) == 1
-        answer = self._ask("sort", f'<sorting><column type="s32_t">{column}</column>'
-                                   f'<descending type="bool">{str(descending).lower()}</descending></sorting>')
+        answer = self._ask("sort", bag("sorting", column=column, descending=descending))
         self._oracle.sort(column, descending)
         self._check("sort", answer)
 
@@ -278,8 +285,7 @@ class GridConversation:
     def _columnState(self) -> None:
         tops = call_trees.top_columns(self._oracle.grouping, len(self._results))
         hidden = {column for column in tops[1:] if self._pick(2)}
-        nodes = "".join(f'<n><dataIndex type="s32_t">{column}</dataIndex>'
-                        f'<isHidden type="bool">{str(column in hidden).lower()}</isHidden></n>' for column in tops)
+        nodes = "".join(bag("n", dataIndex=column, isHidden=column in hidden) for column in tops)
         self._expect(self._ask("columnState", f"<columnHierarchy><column>{nodes}</column></columnHierarchy>"), None, "it")
         self._oracle.visible_columns = [column for column in tops if column not in hidden]
         self._oracle.search("")
@@ -300,7 +306,7 @@ class GridConversation:
         own = {}
         if column < len(oracle.columns):
             own["focusColumnName"] = oracle.columns[column]
-        references = "".join(f"<focusRowReference><type>{kind}</type>{value}</focusRowReference>" for kind, value in told)
+        references = "".join(bag("focusRowReference", type=kind, value=value) for kind, value in told)
         if references:
             references = f"<focusRowReferences>{references}</focusRowReferences>"
         answer = self._ask("position", references, **own)
@@ -323,7 +329,7 @@ class GridConversation:
         row = rows[self._pick(len(rows))]
         way = [*reversed(list(row.ancestors())), row]
         ids = [self._object_ids[self._oracle.grouping, step.nodes[0].path] for step in way]
-        return [step.nodes[0] for step in way], [("objectid", f'<value type="s64_t">{number}</value>') for number in ids]
+        return [step.nodes[0] for step in way], [("objectid", number) for number in ids]
 
     def _path_by_name(self):
         """The way to any row, visible or not; some lead nowhere."""
@@ -335,7 +341,7 @@ class GridConversation:
             node = node.children[names[-1]]
         if self._pick(8) == 0:
             names.append("nobody")
-        return names, [("name", f"<value>{escape(name)}</value>") for name in names]
+        return names, [("name", name) for name in names]
 
     def _filters(self) -> None:
         """What other panes see through this grid's selection, and through a dive into one of its rows."""
@@ -345,7 +351,9 @@ class GridConversation:
         answer = self._ask("viewSource", **address)
         if index < 0:
             return self._expect(answer, "IsNot.Valid.Argument", "the failure")
-        self._expect(answer["DiveGroupingIdKey"], oracle.grouping, "the grouping of the dive")
+        level = "/Function" if oracle.level(oracle.rows()[index]) == 0 else "/" + oracle.grouping.split("/")[-1]
+        expected = level if oracle.grouping.count("/") == 2 else oracle.grouping
+        self._expect(answer["DiveGroupingIdKey"], expected, "the grouping of the dive")
         self._compare_filtered(answer["DataFilterKey"], {oracle.rows()[index]}, "the data of the dive")
 
     def _compare_filtered(self, name: str, rows: set[Row], what: str) -> None:
@@ -353,10 +361,10 @@ class GridConversation:
         results = self._results
         if rows:
             paths = [row.nodes[0].path for row in rows]
-            results = [call_trees.samples_of(samples, self._oracle.grouping, paths) for samples in results]
+            results = [call_trees.samples_of(samples, self._oracle.grouping, paths, self._focus) for samples in results]
         expected = []
-        for node in call_trees.make_tree("/Function", results).children.values():
-            numbers = call_trees.numbers("/Function", node.total, node.self)
+        for node in call_trees.make_tree(call_trees.FLAT, results).children.values():
+            numbers = call_trees.numbers(call_trees.FLAT, node.total, node.self)
             shown_numbers = numbers if len(results) == 1 else [*numbers[1:4], *numbers[5:]]
             expected.append(" | ".join([node.name, *map(str, shown_numbers)]))
         self._expect(sorted(self._connection.flat_profile(name)), sorted(expected), what)
@@ -369,7 +377,7 @@ class GridConversation:
 
     def _nonsense(self) -> None:
         operation, parameters, failure = (
-            ("sort", '<sorting><column type="s32_t">99</column></sorting>',
+            ("sort", bag("sorting", column=99),
              "IsNot.Valid.Argument: Invalid sorting condition specified."),
             ("selection", own_value("selectionType", "most"), "FailedTo.Process.This.Operation: The selection type is unknown."),
             ("select", "", "FailedTo.Process.This.Operation: select"),
@@ -379,9 +387,20 @@ class GridConversation:
 
 
 def own_value(name: str, value) -> str:
-    """A child with an own value: a number or a text."""
-    kind = ' type="s32_t"' if isinstance(value, int) else ""
-    return f"<{name}><_{kind}>{escape(str(value))}</_></{name}>"
+    """A child with an own value."""
+    return f"<{name}>{plain_value('_', value)}</{name}>"
+
+
+def bag(name: str, **values) -> str:
+    """A child with named values."""
+    return f"<{name}>" + "".join(plain_value(*item) for item in values.items()) + f"</{name}>"
+
+
+def plain_value(name: str, value) -> str:
+    """A truth value, a number or a text."""
+    kind = {bool: ' type="bool"', int: ' type="s32_t"'}.get(type(value), "")
+    text = str(value).lower() if isinstance(value, bool) else str(value)
+    return f"<{name}{kind}>{escape(text)}</{name}>"
 
 
 def nested(rows) -> list:

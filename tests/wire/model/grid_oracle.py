@@ -65,7 +65,7 @@ class GridOracle:
             opened = "+" if row.closed_leaf else " "
         else:
             opened = "-" if row.expanded else "+"
-        return " " if self.grid_type == "/Function" else opened
+        return " " if self.grid_type == call_trees.FLAT else opened
 
     @staticmethod
     def level(row: Row) -> int:
@@ -75,7 +75,7 @@ class GridOracle:
         """What the grouping column shows."""
         if not row.folds:
             return row.nodes[0].name
-        prefix, joint = ("↖ ", " ← ") if self.grid_type == "/ParentCallStack" else ("↘ ", " → ")
+        prefix, joint = ("↖ ", " ← ") if self.grid_type == call_trees.CALLERS else ("↘ ", " → ")
         return prefix + joint.join(node.name for node in row.nodes)
 
     def cells(self, row: Row) -> list:
@@ -139,7 +139,7 @@ class GridOracle:
 
     # --- Trees ---
 
-    def refresh(self, grouping: str, tree: Node, start: int, count: int, mode: str, levels: int) -> None:
+    def refresh(self, grouping: str, tree: Node, start: int, count: int, mode: str, levels: int, persisted) -> None:
         same = grouping == self.grouping
         saved, old_index = (self._save_state(), self.current_index()) if same else (None, -1)
         self.grouping = grouping
@@ -147,7 +147,7 @@ class GridOracle:
         self.columns = call_trees.column_captions(grouping, len(tree.total))
         if not same:
             self.visible_columns = call_trees.top_columns(grouping, len(tree.total))
-            self.sort_column, self.descending = 1, True
+            self.sort_column, self.descending = self._first_sort(*persisted)
         self._show_tree(old_index)
         if saved:
             self._restore_state(saved)
@@ -157,6 +157,11 @@ class GridOracle:
         self.expand_levels = levels
         if levels > 0:
             self.open_all(levels)
+
+    def _first_sort(self, flag: int, descending: bool) -> tuple[int, bool]:
+        """The column that has this flag, or else the first data column, heaviest first."""
+        flags = [call_trees.column_flag(caption) for caption in self.columns]
+        return (flags.index(flag, 1), descending) if flag in flags[1:] else (1, True)
 
     def change_mode(self, mode: str) -> None:
         if mode == self.mode:
@@ -190,7 +195,7 @@ class GridOracle:
         return [self._make_row(node, above) for node in parent.children.values()]
 
     def _make_row(self, node: Node, above: Row) -> Row:
-        if self.mode != "chain" or self.grouping == "/Function" or len(node.children) != 1:
+        if self.mode != "chain" or len(node.children) != 1 or not call_trees.may_fold(self.grouping, node):
             return Row([node], above)
         chain = [node]
         while len(chain[-1].children) == 1:
