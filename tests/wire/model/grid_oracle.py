@@ -7,7 +7,6 @@ right: `adopt` takes over the order that was shown, once it has proved to be one
 from . import call_trees
 from .call_trees import Node, fold_case
 
-
 FIRST = "the first row, whichever it is"
 
 
@@ -250,12 +249,9 @@ class GridOracle:
         """Opens a row; how many rows that brings."""
         self.search_key = None
         before = len(self.rows())
-        if self.state_of_record(row) != "-":
+        if not self._is_open(row):
             self._open(row)
         return len(self.rows()) - before
-
-    def state_of_record(self, row: Row) -> str:
-        return "-" if self._is_open(row) else "+"
 
     def close(self, row: Row) -> None:
         self.search_key = None
