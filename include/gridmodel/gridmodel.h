@@ -21,6 +21,9 @@
 
 namespace panedeck {
 
+class RawValues;
+class SiblingOrder;
+
 /// What became of the selection since it was last asked.
 struct SelectionState {
     bool changed = false;
@@ -150,7 +153,8 @@ public:
     bool compareItems(const RowPtr& a, const RowPtr& b) const override;
     /// The order of two rows by one column; see docs/decisions for how groups of mixed kinds are ordered.
     bool compare(const RowPtr& a, const RowPtr& b, const GridColumn& column, bool descending) const;
-    /// Which contents of the cells order the rows. False if there is no row or no column.
+    /// Which contents of the cells order the rows. False if there is no row or no column. Asked once for all
+    /// rows of one query, for the grouping column, or of one group of siblings; from several threads.
     virtual bool getSortContentTypeAndOrder(const dataface1::ITableRow* row,
                                             const dataface1::IColumnInfo* columnInfo, int& contents,
                                             bool& descending) const;
@@ -226,6 +230,7 @@ private:
     class GridStateGuard;
     class ExpandingGuard;
     class StateRestoration;
+    class SortContents;
 
     friend class Lock;
     friend class DBLock;
@@ -252,13 +257,14 @@ private:
     bk2::error_code_t getSelectedProviderRows(std::vector<RowPtr>& rows) const;
     int dataFilterMode() const;
     std::string shownLine(int row, const std::vector<ColumnPtr>& columns) const;
-    bk2::variant_t percentDifference(const dataface1::ITableRow& row,
-                                     const dataface1::IColumnInfo& columnInfo,
-                                     const std::string& format) const;
     static bk2::variant_t getCellContent(const dataface1::ITableRow& row, int level,
                                          const GridColumn& column);
     void saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
                         PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const;
+    void readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column, bool& descending,
+                        std::vector<bk2::variant_t>& values) const;
+    static bk2::variant_t readSortValue(const dataface1::ITableRow& row, const GridColumn& column,
+                                        int contents, const RawValues& raw);
     bk2::variant_t sortValue(const dataface1::ITableRow& row, const GridColumn& column,
                              bool& descending) const;
     bool rowKey(const dataface1::ITableRow& row, const dataface1::IColumnInfo& groupingColumn,
@@ -285,6 +291,7 @@ private:
     std::string m_extraVersionText; ///< not empty: two results are open and rows are known by value
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
     SortingCondition m_sorting;
+    const std::unique_ptr<SiblingOrder> m_siblingOrder; ///< memory of sorting; empty between two sorts
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
     GridSearchHelper m_searchHelper;
