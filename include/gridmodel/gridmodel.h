@@ -261,6 +261,7 @@ private:
                                          const GridColumn& column);
     void saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
                         PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const;
+    static void fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end);
     void readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column, bool& descending,
                         std::vector<bk2::variant_t>& values) const;
     static bk2::variant_t readSortValue(const dataface1::ITableRow& row, const GridColumn& column,

@@ -79,6 +79,13 @@ void GridModel::sortSiblings(std::vector<Sortable>& siblings) const {
     siblings = std::move(sorted);
 }
 
+// After another sort, siblings lie anywhere in memory: the machine is to look for some while it reads others.
+void GridModel::fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end) {
+    constexpr std::size_t items_ahead = 24, rows_ahead = 12;
+    if (position + items_ahead < end) __builtin_prefetch(siblings[position + items_ahead].id);
+    if (position + rows_ahead < end) __builtin_prefetch(siblings[position + rows_ahead].id->data.get());
+}
+
 void GridModel::readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column,
                                bool& descending, std::vector<bk2::variant_t>& values) const {
     // Made before several threads read with it.
@@ -89,6 +96,7 @@ void GridModel::readSortValues(const std::vector<Sortable>& siblings, const Grid
         SortContents own(contents);
         bool unused = descending;
         for (std::size_t i = first; i < end; ++i) {
+            fetchAhead(siblings, i, end);
             const dataface1::ITableRow& row = *siblings[i].id->data;
             values[i] = readSortValue(row, column, own.of(row, unused), raw);
         }
