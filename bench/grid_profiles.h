@@ -18,6 +18,7 @@
 namespace panedeck::bench {
 
 constexpr std::size_t name_count = 20'000;
+constexpr std::int64_t largest_weight = 10'000'000;
 
 /// 20,000 names in mixed case, as long as those of real programs.
 inline std::vector<std::string> functionNames() {
@@ -62,7 +63,7 @@ inline engine::ProfileData makeTables(std::size_t functions, std::size_t metric_
 inline void addSample(engine::ProfileData& data, engine::CallsiteIndex node, std::mt19937& random) {
     data.sample_callsites.push_back(node);
     for (auto& metric : data.metrics)
-        metric.integers.push_back(1 + random() % 10'000'000);
+        metric.integers.push_back(1 + random() % largest_weight);
 }
 
 /// A flat profile of it has one row for each of `rows` functions.

@@ -9,12 +9,12 @@
 #include "gridmodel/gridcolumn.h"
 #include "gridmodel/hierarchicalmodel.h"
 #include "gridmodel/igridmodel.h"
+#include "gridmodel/row_keys.h"
 #include "gridmodel/selecteditems.h"
 
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,7 +34,7 @@ struct SelectionState {
 /// What is open and where the current row is, told by content, so that it outlives a tree.
 struct GridRowState {
     /// For each level the keys of the open rows. An empty set stands for a level that was walked.
-    std::vector<std::set<bk2::variant_t>> expandedKeys;
+    std::vector<RowKeys> expandedKeys;
     bk2::variant_t focusKey;
     int focusLevel = -1; ///< -1 when there is no current row
 };
@@ -227,6 +227,7 @@ protected:
     void sortSiblings(std::vector<Sortable>& siblings) const override;
 
 private:
+    using RowIds = boost::unordered_flat_set<std::uint64_t>;
     class GridStateGuard;
     class ExpandingGuard;
     class StateRestoration;
@@ -245,6 +246,8 @@ private:
                  notifykit2::IProgress* progress);
 
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
+    /// True if reading the row's children takes no time, so that no lock needs to be given up for it.
+    bool areChildrenAtHand(const dataface1::ITableRow& row) const;
     bool readTopRows(notifykit2::IProgress* progress);
     bool readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     ExpandedRows collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress);
@@ -252,6 +255,8 @@ private:
     bool openItem(Item& item, notifykit2::IProgress* progress);
     bool openSelected(const std::vector<Item*>& selected, notifykit2::IProgress* progress);
     void showItems(bool finished);
+    /// Before all rows are closed.
+    void moveSelectionToTopRows();
     void moveSelectionFromChildrenToCollapsedParent(const SelectedItems<RowPtr>::Set& hidden,
                                                     const RowPtr& parent);
     bk2::error_code_t getSelectedProviderRows(std::vector<RowPtr>& rows) const;
@@ -280,7 +285,7 @@ private:
     GridViewParams m_viewParams;
     ColumnHierarchy m_columnHierarchy;
     RowPtr m_footerRow;
-    std::set<std::uint64_t> m_expandingRows; ///< ids of rows that are being opened: they show "w"
+    RowIds m_expandingRows; ///< ids of rows that are being opened: they show "w"
     StackMode m_stackMode = TreeMode;
     StackMode m_shownStackMode = TreeMode; ///< how the rows that stand in the model were made
     bk2::sptr_t<dataface1::IInputData> m_inputData;

@@ -71,12 +71,11 @@ void GridModel::sortSiblings(std::vector<Sortable>& siblings) const {
     if (index >= m_columns.size()) return;
     bool descending = m_sorting.isDescending();
     readSortValues(siblings, *m_columns[index], descending, m_siblingOrder->values(siblings.size()));
-    std::vector<Sortable> sorted;
-    sorted.reserve(siblings.size());
-    for (const std::uint32_t origin : m_siblingOrder->sort(descending))
-        sorted.push_back(siblings[origin]);
+    const std::vector<Sortable> unsorted(siblings);
+    const std::vector<std::uint32_t>& order = m_siblingOrder->sort(descending);
+    for (std::size_t i = 0; i < siblings.size(); ++i)
+        siblings[i] = unsorted[order[i]];
     m_siblingOrder->clear();
-    siblings = std::move(sorted);
 }
 
 // After another sort, siblings lie anywhere in memory: the machine is to look for some while it reads others.
