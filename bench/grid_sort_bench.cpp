@@ -34,12 +34,14 @@ void bareParallelSort(benchmark::State& state) {
     for (std::uint32_t i = 0; i < records.size(); ++i)
         records[i] = {static_cast<double>(random() % 10'000'000), i};
     for (auto _ : state) {
-        auto sorted = records;
-        const auto start = std::chrono::steady_clock::now();
-        tbb::parallel_sort(sorted.begin(), sorted.end(),
-                           [](const Record& a, const Record& b) { return a.number < b.number; });
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        state.SetIterationTime(time.count());
+        std::vector<Record> sorted;
+        timeOnce(
+            state, [&] { sorted = records; },
+            [&] {
+                tbb::parallel_sort(sorted.begin(), sorted.end(),
+                                   [](const Record& a, const Record& b) { return a.number < b.number; });
+            },
+            &secondsPassed);
     }
 }
 
@@ -54,7 +56,8 @@ void sortBy(benchmark::State& state, int column, int before) {
             },
             [&] {
                 if (model->sort({column, false}).failed()) std::abort();
-            });
+            },
+            &secondsPassed);
 }
 
 void sortByNumber(benchmark::State& state) {
