@@ -69,13 +69,17 @@ public:
     /// The place of each text among all.
     std::vector<std::uint32_t> ranks() const {
         struct Numbered {
+            std::uint64_t head;
             std::string_view text;
             std::uint32_t number;
         };
+        const std::size_t shared = sharedPrefix();
         std::vector<Numbered> ordered(m_by_text.size());
         for (const auto& [text, number] : m_by_text)
-            ordered[number] = {text, number};
-        sortInParallel(ordered, [](const Numbered& a, const Numbered& b) { return a.text < b.text; });
+            ordered[number] = {headOf(text, shared), text, number};
+        sortInParallel(ordered, [](const Numbered& a, const Numbered& b) {
+            return a.head != b.head ? a.head < b.head : a.text < b.text;
+        });
         std::vector<std::uint32_t> ranks(ordered.size());
         for (std::uint32_t rank = 0; rank < ordered.size(); ++rank)
             ranks[ordered[rank].number] = rank;
@@ -83,6 +87,28 @@ public:
     }
 
 private:
+    /// How many characters all texts begin with: names of one program often share a namespace.
+    std::size_t sharedPrefix() const {
+        if (m_by_text.empty()) return 0;
+        std::string_view shared = m_by_text.begin()->first;
+        for (const auto& [text, number] : m_by_text)
+            shared = shared.substr(
+                0, static_cast<std::size_t>(
+                       std::mismatch(shared.begin(), shared.end(), text.begin(), text.end()).first -
+                       shared.begin()));
+        return shared.size();
+    }
+
+    /// The next eight characters as a number of the same order, so that most comparisons read no text.
+    static std::uint64_t headOf(std::string_view text, std::size_t begin) {
+        std::uint64_t head = 0;
+        for (std::size_t i = 0; i < sizeof head; ++i) {
+            const bool isThere = begin + i < text.size();
+            head = head << 8 | (isThere ? static_cast<unsigned char>(text[begin + i]) : 0u);
+        }
+        return head;
+    }
+
     std::uint32_t numberOfText(std::string_view text) {
         portkit2::lower_case(text, m_folded);
         return m_by_text.try_emplace(m_folded, static_cast<std::uint32_t>(m_by_text.size())).first->second;
