@@ -18,12 +18,13 @@
 namespace panedeck::bench {
 
 constexpr std::size_t name_count = 20'000;
+constexpr std::int64_t largest_weight = 10'000'000;
 
-/// 20,000 names in mixed case, as long as those of real programs.
-inline std::vector<std::string> functionNames() {
+/// Distinct names in mixed case, as long as those of real programs.
+inline std::vector<std::string> functionNames(std::size_t count) {
     std::vector<std::string> names{""};
-    for (std::size_t i = 1; i <= name_count; ++i) {
-        const std::size_t mixed = i * 7919 % name_count;
+    for (std::size_t i = 1; i <= count; ++i) {
+        const std::size_t mixed = i * 7919 % count;
         names.push_back((mixed % 2 ? "Renderer::" : "renderer::") + std::to_string(mixed) +
                         (mixed % 3 ? "::drawFrame" : "::DrawFrame"));
     }
@@ -32,9 +33,10 @@ inline std::vector<std::string> functionNames() {
 
 /// Tables for `functions` functions, whose names and modules repeat, and the columns of `metric_count`
 /// metrics.
-inline engine::ProfileData makeTables(std::size_t functions, std::size_t metric_count) {
+inline engine::ProfileData makeTables(std::size_t functions, std::size_t metric_count,
+                                      std::size_t names = name_count) {
     engine::ProfileData data;
-    data.names = functionNames();
+    data.names = functionNames(names);
     data.modules = data.source_files = {""};
     for (int i = 1; i <= 200; ++i)
         data.modules.push_back("libpart" + std::to_string(i) + ".so");
@@ -42,18 +44,18 @@ inline engine::ProfileData makeTables(std::size_t functions, std::size_t metric_
     data.threads.resize(1);
     data.functions.push_back({});
     for (std::size_t i = 0; i < functions; ++i)
-        data.functions.push_back({static_cast<engine::StringIndex>(1 + i % name_count),
+        data.functions.push_back({static_cast<engine::StringIndex>(1 + i % names),
                                   static_cast<engine::ModuleIndex>(1 + i % 200), 0,
                                   static_cast<std::uint32_t>(i), 0});
     data.callsite_parents = {0};
     data.callsite_functions = {0};
-    constexpr const char* names[] = {"cycles", "cpu-time", "bytes", "misses", "stall-time"};
+    constexpr const char* metric_names[] = {"cycles", "cpu-time", "bytes", "misses", "stall-time"};
     constexpr engine::MetricUnit units[] = {engine::MetricUnit::count, engine::MetricUnit::nanoseconds,
                                             engine::MetricUnit::bytes, engine::MetricUnit::count,
                                             engine::MetricUnit::microseconds};
     data.metrics.resize(metric_count);
     for (std::size_t i = 0; i < metric_count; ++i) {
-        data.metrics[i].name = names[i];
+        data.metrics[i].name = metric_names[i];
         data.metrics[i].unit = units[i];
     }
     return data;
@@ -62,13 +64,14 @@ inline engine::ProfileData makeTables(std::size_t functions, std::size_t metric_
 inline void addSample(engine::ProfileData& data, engine::CallsiteIndex node, std::mt19937& random) {
     data.sample_callsites.push_back(node);
     for (auto& metric : data.metrics)
-        metric.integers.push_back(1 + random() % 10'000'000);
+        metric.integers.push_back(1 + random() % largest_weight);
 }
 
-/// A flat profile of it has one row for each of `rows` functions.
+/// A flat profile of it has one row for each of `rows` functions. Each name comes 50 times, so that a million
+/// rows have 20,000 names.
 inline engine::ProfileData makeWideProfile(std::size_t rows, std::size_t metric_count) {
     std::mt19937 random(1);
-    engine::ProfileData data = makeTables(rows, metric_count);
+    engine::ProfileData data = makeTables(rows, metric_count, std::max<std::size_t>(rows / 50, 1));
     for (engine::CallsiteIndex node = 1; node <= rows; ++node) {
         data.callsite_parents.push_back(0);
         data.callsite_functions.push_back(node);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <map>
 #include <string>
 
@@ -68,13 +69,25 @@ private:
     bool m_all_reached = true;
 };
 
+/// Seconds that all threads of this process have worked.
+inline double secondsWorked() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+inline double secondsPassed() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
 /// One iteration: `prepare` outside the time, `work` inside. For benchmarks with `UseManualTime`.
 template <class Prepare, class Work>
-void timeOnce(benchmark::State& state, const Prepare& prepare, const Work& work) {
+void timeOnce(benchmark::State& state, const Prepare& prepare, const Work& work,
+              double (*clock)() = &secondsWorked) {
     prepare();
-    const auto start = std::chrono::steady_clock::now();
+    const double start = clock();
     work();
-    state.SetIterationTime(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    state.SetIterationTime(clock() - start);
 }
 
 } // namespace panedeck::bench

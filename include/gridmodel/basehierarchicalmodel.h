@@ -137,12 +137,12 @@ protected:
     /// with one move. False if it was cancelled: that ends the loading, but of what is loaded all rows are
     /// made, for a row that is open must show all its children. A row without any is open no longer.
     bool collectSubRows(Record& parent, std::vector<Record>& rows, notifykit2::IProgress* progress) {
-        std::vector<Group> open;
+        Groups open;
         openGroup(parent, open, progress);
         while (!open.empty()) {
             Group& group = open.back();
             if (group.next == group.siblings.size()) {
-                open.pop_back();
+                open.pop();
                 continue;
             }
             const Sortable& child = group.siblings[group.next++];
@@ -155,12 +155,17 @@ protected:
 
     /// Puts `rows` in place of all visible rows; the row at `followed` (-1: none) is now at `to`.
     void replaceRows(std::vector<Record> rows, int followed, int to) {
-        m_rows = std::move(rows);
+        setRows(std::move(rows));
         m_follow_translator.set(followed, to);
         announce(m_follow_translator);
     }
 
-    std::vector<Record>& rows() { return m_rows; }
+    /// Puts `rows` in place of all visible rows and tells nobody.
+    void setRows(std::vector<Record> rows) {
+        m_rows = std::move(rows);
+        // A vector that grew has up to twice the room that it needs: for a million rows, many megabytes.
+        if (m_rows.capacity() - m_rows.size() > m_rows.size() / 8) m_rows.shrink_to_fit();
+    }
     const std::vector<Record>& rows() const { return m_rows; }
 
 private:
@@ -171,19 +176,38 @@ private:
         int level = 0;
     };
 
+    /// The groups on the way down to a row. What was popped serves the next one with its memory.
+    class Groups {
+    public:
+        bool empty() const { return m_depth == 0; }
+        Group& back() { return m_groups[m_depth - 1]; }
+        Group& push(int level) {
+            if (m_depth == m_groups.size()) m_groups.emplace_back();
+            Group& group = m_groups[m_depth++];
+            group.siblings.clear();
+            group.next = 0;
+            group.level = level;
+            return group;
+        }
+        void pop() { --m_depth; }
+
+    private:
+        std::vector<Group> m_groups;
+        std::size_t m_depth = 0;
+    };
+
     static std::size_t at(int row) { return static_cast<std::size_t>(row); }
 
-    void openGroup(Record& parent, std::vector<Group>& open, notifykit2::IProgress* progress) {
-        Group group;
+    void openGroup(Record& parent, Groups& open, notifykit2::IProgress* progress) {
+        Group& group = open.push(parent.level + 1);
         const int count = addSubRows(parent.id, group.siblings, progress);
         PANEDECK_EXPECT(count >= 0, "count >= 0");
         if (count <= 0) {
+            open.pop();
             parent.state = stateWithoutSubRows(parent.id);
             return;
         }
         if (isSortingEnabled() && group.siblings.size() >= 2) sortSiblings(group.siblings);
-        group.level = parent.level + 1;
-        open.push_back(std::move(group));
     }
 
     ExpandedRows open(int row, notifykit2::IProgress* progress) {
@@ -225,19 +249,19 @@ private:
         std::vector<Record> sorted;
         sorted.reserve(at(last - first));
         origins.reserve(at(last - first));
-        std::vector<Group> open;
-        open.push_back(siblingsIn(first, last, first, ends));
+        Groups open;
+        openSiblings(first, last, first, ends, open);
         while (!open.empty()) {
             Group& group = open.back();
             if (group.next == group.siblings.size()) {
-                open.pop_back();
+                open.pop();
                 continue;
             }
             const Sortable row = group.siblings[group.next++];
             sorted.push_back({row.state, group.level, row.id});
             origins.push_back(row.index);
             const int end = ends[at(row.index - first)];
-            if (end > row.index + 1) open.push_back(siblingsIn(row.index + 1, end, first, ends));
+            if (end > row.index + 1) openSiblings(row.index + 1, end, first, ends, open);
         }
         std::copy(sorted.begin(), sorted.end(), m_rows.begin() + first);
     }
@@ -256,13 +280,11 @@ private:
         return ends;
     }
 
-    Group siblingsIn(int begin, int end, int first, const std::vector<int>& ends) const {
-        Group group;
-        group.level = m_rows[at(begin)].level;
+    void openSiblings(int begin, int end, int first, const std::vector<int>& ends, Groups& open) const {
+        Group& group = open.push(m_rows[at(begin)].level);
         for (int row = begin; row < end; row = ends[at(row - first)])
             group.siblings.push_back({m_rows[at(row)].id, m_rows[at(row)].state, row});
         if (group.siblings.size() >= 2) sortSiblings(group.siblings);
-        return group;
     }
 
     void startVectorTranslator(const std::vector<int>& origins) {

@@ -20,6 +20,8 @@
 
 namespace panedeck {
 
+class RawValues;
+
 /// A column's identity across queries and sessions: columns of one query differ in the flag.
 struct QueryInfo {
     std::string name;
@@ -75,6 +77,9 @@ public:
     /// Replaces `text` by the cell as the pane shows it, in the room that it has: in a loop over cells, give
     /// it the same text.
     void formatCell(const dataface1::ITableRow& row, std::string& text, int level) const;
+    /// What sorting by this column compares.
+    const RawValues& getRawValues() const;
+
     /// What kind of values the rows of a grouping level have; in all other columns that of the column.
     dataface1::query_value_type_t getValueType(int level) const;
     /// The value that `formatCell` writes; null if the cell has none.
@@ -136,7 +141,8 @@ private:
     std::string m_id;
     bk2::sptr_t<dataface1::IColumnInfo> m_columnInfo;
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
-    std::vector<std::string> m_formats;            ///< per grouping level, never empty
+    std::vector<std::string> m_formats;                   ///< per grouping level, never empty
+    mutable std::shared_ptr<const RawValues> m_rawValues; ///< for the first format; null until asked for
     mutable std::vector<CellFormat> m_cellFormats; ///< those used so far; emptied when a format changes
     bk2::sptr_t<dataface1::IQuery> m_query;
     bool m_isCollapsible = false;

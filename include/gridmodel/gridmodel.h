@@ -9,17 +9,20 @@
 #include "gridmodel/gridcolumn.h"
 #include "gridmodel/hierarchicalmodel.h"
 #include "gridmodel/igridmodel.h"
+#include "gridmodel/row_keys.h"
 #include "gridmodel/selecteditems.h"
 
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace panedeck {
+
+class RawValues;
+class SiblingOrder;
 
 /// What became of the selection since it was last asked.
 struct SelectionState {
@@ -31,7 +34,7 @@ struct SelectionState {
 /// What is open and where the current row is, told by content, so that it outlives a tree.
 struct GridRowState {
     /// For each level the keys of the open rows. An empty set stands for a level that was walked.
-    std::vector<std::set<bk2::variant_t>> expandedKeys;
+    std::vector<RowKeys> expandedKeys;
     bk2::variant_t focusKey;
     int focusLevel = -1; ///< -1 when there is no current row
 };
@@ -150,7 +153,8 @@ public:
     bool compareItems(const RowPtr& a, const RowPtr& b) const override;
     /// The order of two rows by one column; see docs/decisions for how groups of mixed kinds are ordered.
     bool compare(const RowPtr& a, const RowPtr& b, const GridColumn& column, bool descending) const;
-    /// Which contents of the cells order the rows. False if there is no row or no column.
+    /// Which contents of the cells order the rows. False if there is no row or no column. Asked once for all
+    /// rows of one query, for the grouping column, or of one group of siblings; from several threads.
     virtual bool getSortContentTypeAndOrder(const dataface1::ITableRow* row,
                                             const dataface1::IColumnInfo* columnInfo, int& contents,
                                             bool& descending) const;
@@ -224,9 +228,11 @@ protected:
     void sortSiblings(std::vector<Sortable>& siblings) const override;
 
 private:
+    using RowIds = boost::unordered_flat_set<std::uint64_t>;
     class GridStateGuard;
     class ExpandingGuard;
     class StateRestoration;
+    class SortContents;
 
     friend class Lock;
     friend class DBLock;
@@ -246,6 +252,8 @@ private:
                          notifykit2::IProgress* progress) const;
     void addUnrestored(GridRowState& state) const;
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
+    /// True if reading the row's children takes no time, so that no lock needs to be given up for it.
+    bool areChildrenAtHand(const dataface1::ITableRow& row) const;
     bool readTopRows(notifykit2::IProgress* progress);
     bool readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     ExpandedRows collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress);
@@ -253,19 +261,23 @@ private:
     bool openItem(Item& item, notifykit2::IProgress* progress);
     bool openSelected(const std::vector<Item*>& selected, notifykit2::IProgress* progress);
     void showItems(bool finished);
+    /// Before all rows are closed.
+    void moveSelectionToTopRows();
     void moveSelectionFromChildrenToCollapsedParent(const SelectedItems<RowPtr>::Set& hidden,
                                                     const RowPtr& parent);
     bk2::error_code_t getSelectedProviderRows(std::vector<RowPtr>& rows) const;
     int dataFilterMode() const;
     int findPath(bool unfolded);
     std::string shownLine(int row, const std::vector<ColumnPtr>& columns) const;
-    bk2::variant_t percentDifference(const dataface1::ITableRow& row,
-                                     const dataface1::IColumnInfo& columnInfo,
-                                     const std::string& format) const;
     static bk2::variant_t getCellContent(const dataface1::ITableRow& row, int level,
                                          const GridColumn& column);
     void saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
                         PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const;
+    static void fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end);
+    void readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column, bool& descending,
+                        std::vector<bk2::variant_t>& values) const;
+    static bk2::variant_t readSortValue(const dataface1::ITableRow& row, const GridColumn& column,
+                                        int contents, const RawValues& raw);
     bk2::variant_t sortValue(const dataface1::ITableRow& row, const GridColumn& column,
                              bool& descending) const;
     bool rowKey(const dataface1::ITableRow& row, const dataface1::IColumnInfo& groupingColumn,
@@ -280,7 +292,7 @@ private:
     GridViewParams m_viewParams;
     ColumnHierarchy m_columnHierarchy;
     RowPtr m_footerRow;
-    std::set<std::uint64_t> m_expandingRows; ///< ids of rows that are being opened: they show "w"
+    RowIds m_expandingRows; ///< ids of rows that are being opened: they show "w"
     StackMode m_stackMode = TreeMode;
     bk2::sptr_t<dataface1::IInputData> m_inputData;
     bk2::sptr_t<dataface1::IInputData> m_extraInputData;
@@ -291,6 +303,7 @@ private:
     std::string m_extraVersionText; ///< not empty: two results are open and rows are known by value
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
     SortingCondition m_sorting;
+    const std::unique_ptr<SiblingOrder> m_siblingOrder; ///< memory of sorting; empty between two sorts
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
     // What the last restoration was to bring back, if it was cancelled or failed: the next one tries again.

@@ -100,14 +100,14 @@ protected:
     int loadItems(Item& parent, notifykit2::IProgress* progress) {
         if (parent.children) return static_cast<int>(parent.children->size());
         if (!parent.hasChildren) return 0;
-        std::vector<Obj> loaded;
-        const int count = addNewItems(&parent == &m_root ? nullptr : &parent.data, loaded, progress);
+        m_loaded.clear();
+        const int count = addNewItems(&parent == &m_root ? nullptr : &parent.data, m_loaded, progress);
         if (count < 0 || notifykit2::is_canceled(progress)) return count < 0 ? count : 0;
-        if (loaded.empty()) {
+        if (m_loaded.empty()) {
             parent.hasChildren = false;
             return 0;
         }
-        storeItems(parent, std::move(loaded));
+        storeItems(parent);
         return count;
     }
 
@@ -118,7 +118,7 @@ protected:
         std::vector<Record> top;
         Record root{RowExpanded, -1, &m_root};
         this->collectSubRows(root, top, progress);
-        this->rows() = std::move(top);
+        this->setRows(std::move(top));
         return count;
     }
 
@@ -132,7 +132,7 @@ protected:
     }
 
     /// The same, announced to nobody: for work that was cancelled half way.
-    void rebuildRowsQuietly() { this->rows() = makeRows(); }
+    void rebuildRowsQuietly() { this->setRows(makeRows()); }
 
     int addSubRows(Item* const& parent, std::vector<Sortable>& children,
                    notifykit2::IProgress* progress) override {
@@ -175,12 +175,15 @@ private:
         return item.expanded ? RowExpanded : RowCollapsed;
     }
 
-    void storeItems(Item& parent, std::vector<Obj> loaded) {
+    void storeItems(Item& parent) {
+        constexpr std::size_t most_kept = 4096;
         auto& list = m_lists.emplace_back();
-        list.reserve(loaded.size());
-        for (Obj& data : loaded)
+        list.reserve(m_loaded.size());
+        for (Obj& data : m_loaded)
             list.push_back({std::move(data), &parent, nullptr, false, true});
         parent.children = &list;
+        m_loaded.clear();
+        if (m_loaded.capacity() > most_kept) std::vector<Obj>().swap(m_loaded);
     }
 
     /// The row of an item, or of its nearest visible ancestor; -1 if none shows. One pass over the rows.
@@ -204,6 +207,7 @@ private:
 
     // In creation order; lists never move, and none holds another, so freeing them does not recurse.
     std::deque<typename Item::List> m_lists;
+    std::vector<Obj> m_loaded; ///< on the way from the provider into a list; empty between two loads
     Item m_root;
 };
 

@@ -3,6 +3,7 @@
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
 #include "gridmodel/gridcolumn.h"
+#include "gridmodel/raw_values.h"
 
 #include <algorithm>
 #include <cmath>
@@ -63,6 +64,14 @@ const std::string& GridColumn::getFormat(int level) const {
 void GridColumn::setCurrentFormat(const std::string& format) {
     m_formats.front() = format;
     m_cellFormats.clear();
+    m_rawValues.reset();
+}
+
+const RawValues& GridColumn::getRawValues() const {
+    if (!m_rawValues)
+        m_rawValues = std::make_shared<RawValues>(*m_columnInfo, m_formats.front(), m_tableTreeHelper.get(),
+                                                  m_hasBaseRows);
+    return *m_rawValues;
 }
 
 GridColumn::CellFormat GridColumn::makeCellFormat(const bk2::sptr_t<dataface1::IQuery>& rowQuery,

@@ -45,6 +45,8 @@ public:
             row = m_model.getRowByIndex(first + m_count);
             if (!row) break;
         }
+        for (int index = first + m_count; index < std::min(first + 2 * m_count, end); ++index)
+            __builtin_prefetch(m_model.getRowID(index));
         for (std::size_t place = 0; place < m_columns.size(); ++place)
             for (int index = first; index < first + m_count; ++index)
                 m_values[valueIndex(index, place)] = m_columns[place]->cellValue(row(index));

@@ -25,7 +25,7 @@ private:
 /// Shows a row as being opened ("w") for as long as it lives.
 class GridModel::ExpandingGuard {
 public:
-    ExpandingGuard(std::set<std::uint64_t>& rows, std::uint64_t rowId) : m_rows(rows), m_rowId(rowId) {
+    ExpandingGuard(RowIds& rows, std::uint64_t rowId) : m_rows(rows), m_rowId(rowId) {
         m_rows.insert(m_rowId);
     }
     ~ExpandingGuard() { m_rows.erase(m_rowId); }
@@ -33,7 +33,7 @@ public:
     ExpandingGuard& operator=(const ExpandingGuard&) = delete;
 
 private:
-    std::set<std::uint64_t>& m_rows;
+    RowIds& m_rows;
     std::uint64_t m_rowId;
 };
 

@@ -2,6 +2,7 @@
 
 #include "basekit/assertion.h"
 #include "gridmodel/grid_state_guard.h"
+#include "gridmodel/sibling_order.h"
 
 namespace panedeck {
 
@@ -30,8 +31,9 @@ GridModel::GridModel(GridType gridType, const portkit2::catalog_t* catalog,
                      bk2::sptr_t<dataface1::IInputData> extraInputData)
     : m_gridType(gridType), m_inputData(std::move(inputData)), m_extraInputData(std::move(extraInputData)),
       m_versionText(versionTextOf(m_inputData)), m_extraVersionText(versionTextOf(m_extraInputData)),
-      m_catalog(catalog), m_selectedRows(std::make_shared<SelectedItems<RowPtr>>(
-                              [this](int row) { return getRowByIndex(row); })) {}
+      m_siblingOrder(std::make_unique<SiblingOrder>()), m_catalog(catalog),
+      m_selectedRows(
+          std::make_shared<SelectedItems<RowPtr>>([this](int row) { return getRowByIndex(row); })) {}
 
 GridModel::~GridModel() = default;
 

@@ -1,7 +1,7 @@
 #include "basekit/assertion.h"
-#include "dataface/formatter.h"
 #include "gridmodel/gridmodel.h"
 #include "gridmodel/percent_base.h"
+#include "gridmodel/raw_values.h"
 
 #include <array>
 #include <string_view>
@@ -85,31 +85,9 @@ bk2::variant_t GridModel::getRawValue(const dataface1::ITableRow* row,
                                       const dataface1::IColumnInfo* columnInfo,
                                       const std::string& format) const {
     if (!row || !columnInfo) return {};
-    const bool percent = dataface1::Formatter::isPercentFormat(format);
-    if (percent && (columnInfo->getFlags() & dataface1::column_difference))
-        return percentDifference(*row, *columnInfo, format);
-    bk2::variant_t value;
-    if (!row->getValue(columnInfo, dataface1::cell_value, value)) return {};
-    if (!percent) return value;
-    const bk2::variant_t base = percentBase(row, columnInfo, format);
-    if (value.is_null() || base.is_null()) return {};
-    const double divisor = dataface1::Formatter::varToDouble(base);
-    return bk2::variant_t(divisor == 0 ? 0.0 : dataface1::Formatter::varToDouble(value) / divisor);
-}
-
-bk2::variant_t GridModel::percentDifference(const dataface1::ITableRow& row,
-                                            const dataface1::IColumnInfo& columnInfo,
-                                            const std::string& format) const {
-    const auto query = columnInfo.getQuery();
-    if (!m_tableTreeHelper || !query) return {};
-    const std::uint32_t flags = columnInfo.getFlags() & ~std::uint32_t{dataface1::column_value_kinds};
-    const auto first = m_tableTreeHelper->findColumn(*query, flags | dataface1::column_first);
-    const auto second = m_tableTreeHelper->findColumn(*query, flags | dataface1::column_second);
-    const bk2::variant_t firstValue = getRawValue(&row, first.get(), format);
-    const bk2::variant_t secondValue = getRawValue(&row, second.get(), format);
-    if (firstValue.is_null() && secondValue.is_null()) return {};
-    return bk2::variant_t(dataface1::Formatter::varToDouble(firstValue) -
-                          dataface1::Formatter::varToDouble(secondValue));
+    const auto grouping = getGroupingColumn();
+    const bool hasBaseRows = grouping && hasUnitDistinctLevel(grouping->getQuery());
+    return RawValues(*columnInfo, format, m_tableTreeHelper.get(), hasBaseRows).of(*row);
 }
 
 bool GridModel::isRowDivable(int row) const {

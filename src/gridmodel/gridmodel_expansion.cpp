@@ -57,17 +57,21 @@ void GridModel::moveSelectionFromChildrenToCollapsedParent(const SelectedItems<R
 }
 
 bool GridModel::preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
-    bk2::iterator_ptr_t<RowPtr> children;
     if (!row) {
         DBLock reading(*this);
         return m_tree && m_tree->getRows(progress);
     }
-    const int status = row->getChildRows(children, progress, false);
-    if (status == dataface1::ITreeNode::ecsfError) return false;
-    if ((status & dataface1::ITreeNode::ecsfAtHand) && m_stackMode != ChainMode)
-        return row->getChildRows(children, progress, true) != dataface1::ITreeNode::ecsfError;
+    if (areChildrenAtHand(*row)) return true;
     DBLock reading(*this);
     return readChildRows(row, progress);
+}
+
+bool GridModel::areChildrenAtHand(const dataface1::ITableRow& row) const {
+    // Folding looks further down than to the children.
+    if (m_stackMode == ChainMode) return false;
+    bk2::iterator_ptr_t<RowPtr> unused;
+    const int status = row.getChildRows(unused, nullptr, false);
+    return status != dataface1::ITreeNode::ecsfError && (status & dataface1::ITreeNode::ecsfAtHand);
 }
 
 bool GridModel::readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
@@ -159,19 +163,24 @@ bool GridModel::openSelected(const std::vector<Item*>& selected, notifykit2::IPr
 void GridModel::collapseAllRows(notifykit2::IProgress* progress) {
     m_searchHelper.reset();
     if (notifykit2::is_canceled(progress)) return;
+    // Items lie anywhere in memory: only those that matter are looked at.
+    for (int row = 0; row < getRowCount(); ++row)
+        if (getRowState(row) == RowExpanded) getItemByRow(row)->expanded = false;
+    if (!m_selectedRows->empty()) moveSelectionToTopRows();
+    rebuildRows(getCurrentRow());
+}
+
+void GridModel::moveSelectionToTopRows() {
     SelectedItems<RowPtr>::Set remaining;
     RowPtr top;
     bool moved = false;
     for (int row = 0; row < getRowCount(); ++row) {
-        Item& item = *getItemByRow(row);
-        if (getRowLevel(row) == 0) top = item.data;
-        if (m_selectedRows->isSelected(item.data)) {
-            moved = moved || getRowLevel(row) > 0;
-            remaining.insert(top);
-        }
-        if (getRowState(row) == RowExpanded) item.expanded = false;
+        const RowPtr& item = getItemByRow(row)->data;
+        if (getRowLevel(row) == 0) top = item;
+        if (!m_selectedRows->isSelected(item)) continue;
+        moved = moved || getRowLevel(row) > 0;
+        remaining.insert(top);
     }
-    rebuildRows(getCurrentRow());
     if (!moved) return;
     m_selectedRows->assign(std::move(remaining));
     m_footerRow.reset();

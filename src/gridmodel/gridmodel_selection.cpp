@@ -53,7 +53,14 @@ bk2::error_code_t GridModel::getFilterBySelectedRows(bk2::sptr_t<dataface1::IQue
 
 bk2::error_code_t GridModel::getSelectedProviderRows(std::vector<RowPtr>& rows) const {
     rows.reserve(m_selectedRows->size());
+    // The set gives rows in an order that jumps about in memory: have the machine look for some while others
+    // are read.
+    constexpr int rows_ahead = 16;
+    auto ahead = m_selectedRows->begin();
+    for (int i = 0; i < rows_ahead && ahead != m_selectedRows->end(); ++i)
+        ++ahead;
     for (const RowPtr& selectedRow : *m_selectedRows) {
+        if (ahead != m_selectedRows->end()) __builtin_prefetch((ahead++)->get());
         PANEDECK_REQUIRE(selectedRow, "selectedRow", bk2::kinds::is_not_valid_state,
                          "GridModel.m_selectedRows");
         RowPtr provided;

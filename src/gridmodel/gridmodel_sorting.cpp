@@ -1,7 +1,12 @@
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
 #include "gridmodel/gridmodel.h"
+#include "gridmodel/raw_values.h"
 #include "gridmodel/sibling_order.h"
+
+#include <tbb/blocked_range.h>
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
 
 #include <utility>
 
@@ -9,11 +14,43 @@ namespace panedeck {
 
 namespace {
 
+constexpr int no_contents = -1;
+
 bool isText(const bk2::variant_t& value) {
     return value.is_narrow_text() || value.is_wide_text();
 }
 
 } // namespace
+
+/// Which contents of a row's cell order it. Rows of one query have the same, so that a grid asks once for
+/// many.
+class GridModel::SortContents {
+public:
+    SortContents(const GridModel& grid, const GridColumn& column)
+        : m_grid(grid), m_columnInfo(*column.getColumnInfo()),
+          m_isGrouping((m_columnInfo.getFlags() & dataface1::column_grouping) != 0) {}
+
+    /// `no_contents` if they cannot be told. May turn `descending` around.
+    int of(const dataface1::ITableRow& row, bool& descending) {
+        const auto query = m_isGrouping ? row.getQuery() : nullptr;
+        if (m_isKnown && query == m_query) return m_contents;
+        m_isKnown = true;
+        m_query = query;
+        m_contents = dataface1::cell_value;
+        const bool res = m_grid.getSortContentTypeAndOrder(&row, &m_columnInfo, m_contents, descending);
+        PANEDECK_EXPECT(res, "res");
+        if (!res) m_contents = no_contents;
+        return m_contents;
+    }
+
+private:
+    const GridModel& m_grid;
+    const dataface1::IColumnInfo& m_columnInfo;
+    bool m_isGrouping;
+    bool m_isKnown = false;
+    bk2::sptr_t<dataface1::IQuery> m_query;
+    int m_contents = dataface1::cell_value;
+};
 
 bk2::error_code_t GridModel::sort(const SortingCondition& condition) {
     const bool valid = condition.isInitialized() && condition.getColumnIndex() >= 0 &&
@@ -32,30 +69,59 @@ bk2::error_code_t GridModel::sort(const SortingCondition& condition) {
 void GridModel::sortSiblings(std::vector<Sortable>& siblings) const {
     const auto index = static_cast<std::size_t>(m_sorting.getColumnIndex());
     if (index >= m_columns.size()) return;
-    const GridColumn& column = *m_columns[index];
     bool descending = m_sorting.isDescending();
-    std::vector<bk2::variant_t> values(siblings.size());
+    readSortValues(siblings, *m_columns[index], descending, m_siblingOrder->values(siblings.size()));
+    const std::vector<Sortable> unsorted(siblings);
+    const std::vector<std::uint32_t>& order = m_siblingOrder->sort(descending);
     for (std::size_t i = 0; i < siblings.size(); ++i)
-        values[i] = sortValue(*siblings[i].id->data, column, descending);
-    std::vector<Sortable> sorted;
-    sorted.reserve(siblings.size());
-    for (const std::uint32_t origin : SiblingOrder(std::move(values)).sorted(descending))
-        sorted.push_back(siblings[origin]);
-    siblings = std::move(sorted);
+        siblings[i] = unsorted[order[i]];
+    m_siblingOrder->clear();
+}
+
+// After another sort, siblings lie anywhere in memory: the machine is to look for some while it reads others.
+void GridModel::fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end) {
+    constexpr std::size_t items_ahead = 24, rows_ahead = 12;
+    if (position + items_ahead < end) __builtin_prefetch(siblings[position + items_ahead].id);
+    if (position + rows_ahead < end) __builtin_prefetch(siblings[position + rows_ahead].id->data.get());
+}
+
+void GridModel::readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column,
+                               bool& descending, std::vector<bk2::variant_t>& values) const {
+    // Made before several threads read with it.
+    const RawValues& raw = column.getRawValues();
+    SortContents contents(*this, column);
+    contents.of(*siblings.front().id->data, descending);
+    const auto read = [&](std::size_t first, std::size_t end) {
+        SortContents own(contents);
+        bool unused = descending;
+        for (std::size_t i = first; i < end; ++i) {
+            fetchAhead(siblings, i, end);
+            const dataface1::ITableRow& row = *siblings[i].id->data;
+            values[i] = readSortValue(row, column, own.of(row, unused), raw);
+        }
+    };
+    constexpr std::size_t rows_of_task = 4096;
+    if (siblings.size() <= rows_of_task) return read(0, siblings.size());
+    // The caller waits with the model locked: it must not pick up other work meanwhile.
+    tbb::this_task_arena::isolate([&] {
+        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, siblings.size(), rows_of_task),
+                          [&](const auto& range) { read(range.begin(), range.end()); });
+    });
+}
+
+bk2::variant_t GridModel::readSortValue(const dataface1::ITableRow& row, const GridColumn& column,
+                                        int contents, const RawValues& raw) {
+    bk2::variant_t value;
+    if (contents == no_contents) return value;
+    if (contents == dataface1::cell_value) return raw.of(row);
+    const bool status = row.getValue(column.getColumnInfo().get(), contents, value);
+    PANEDECK_EXPECT(status, "status");
+    return value;
 }
 
 bk2::variant_t GridModel::sortValue(const dataface1::ITableRow& row, const GridColumn& column,
                                     bool& descending) const {
-    const auto& columnInfo = column.getColumnInfo();
-    int contents = dataface1::cell_value;
-    const bool res = getSortContentTypeAndOrder(&row, columnInfo.get(), contents, descending);
-    PANEDECK_EXPECT(res, "res");
-    bk2::variant_t value;
-    if (!res) return value;
-    if (contents == dataface1::cell_value) return getRawValue(&row, columnInfo.get(), column.getFormat(0));
-    const bool status = row.getValue(columnInfo.get(), contents, value);
-    PANEDECK_EXPECT(status, "status");
-    return value;
+    return readSortValue(row, column, SortContents(*this, column).of(row, descending), column.getRawValues());
 }
 
 bool GridModel::compareItems(const RowPtr& a, const RowPtr& b) const {

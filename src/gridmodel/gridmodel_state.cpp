@@ -2,6 +2,8 @@
 #include "gridmodel/gridmodel.h"
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
 namespace panedeck {
 
@@ -10,12 +12,12 @@ namespace {
 using RowPtr = GridModel::RowPtr;
 
 /// The provider's rows that a visible row stands for, from the topmost on.
-std::vector<RowPtr> providerRows(const RowPtr& row) {
-    const auto chain = bk2::interface_cast<ChainRow>(row);
-    return chain ? chain->chainedRows() : std::vector<RowPtr>{row};
+std::span<const RowPtr> providerRows(const RowPtr& row) {
+    const auto* chain = dynamic_cast<const ChainRow*>(row.get());
+    return chain ? std::span<const RowPtr>(chain->chainedRows()) : std::span<const RowPtr>(&row, 1);
 }
 
-std::set<bk2::variant_t>& keysOfLevel(GridRowState& state, int level) {
+RowKeys& keysOfLevel(GridRowState& state, int level) {
     const auto index = static_cast<std::size_t>(level);
     if (state.expandedKeys.size() <= index) state.expandedKeys.resize(index + 1);
     return state.expandedKeys[index];
@@ -51,17 +53,18 @@ void GridModel::saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, Gr
         levelBelow.resize(static_cast<std::size_t>(getRowLevel(row)));
         const int front = levelBelow.empty() ? 0 : levelBelow.back();
         int level = front;
-        for (const RowPtr& provided : providerRows(getRowByIndex(row))) {
+        const RowPtr shown = getRowByIndex(row);
+        for (const RowPtr& provided : providerRows(shown)) {
             bk2::variant_t key;
             const bool known = rowKey(*provided, groupingColumn, key);
-            auto& keys = keysOfLevel(state, level);
+            RowKeys& keys = keysOfLevel(state, level);
             if (row == getCurrentRow() && level == front) {
                 state.focusKey = key;
                 state.focusLevel = known ? level : -1;
             }
             ++level;
             if (getRowState(row) != RowExpanded) break;
-            if (known) keys.insert(key);
+            if (known) keys.insert(std::move(key));
         }
         levelBelow.push_back(level);
     }
@@ -149,7 +152,8 @@ private:
     bool preload(const std::vector<Place>& places) {
         std::vector<RowPtr> rows;
         for (const Place& place : places)
-            if (!place.item->children) rows.push_back(place.item->data);
+            if (!place.item->children && !m_grid.areChildrenAtHand(*place.item->data))
+                rows.push_back(place.item->data);
         if (rows.empty()) return true;
         const std::uint64_t generation = m_grid.m_generation;
         DBLock reading(m_grid);

@@ -13,15 +13,21 @@ namespace panedeck {
 /// is a text, all compare as texts, without regard to case: comparing pair by pair would give no order at all
 /// for a mix of numbers and texts. Numbers compare by value across kinds. Equal values may land in any order.
 ///
-/// Each value is read once: texts are ranked, numbers become integers of the same order, and only records of
-/// 16 bytes are sorted, in parallel from 500 on. Cost: n values, distinct texts folded once, n log n
+/// Each value is looked at once: numbers become integers of the same order, texts are ranked. Integers are
+/// sorted in parallel from 500 on, ranks are counted. Cost: n values, distinct texts folded once, n log n
 /// integers.
+///
+/// One object serves many groups one after the other, in the memory that it has.
 class SiblingOrder {
 public:
-    explicit SiblingOrder(std::vector<bk2::variant_t> values) : m_values(std::move(values)) {}
+    /// Room for the values of the next group; all are to be set.
+    std::vector<bk2::variant_t>& values(std::size_t count);
 
-    /// The indexes of the values in their order.
-    std::vector<std::uint32_t> sorted(bool descending);
+    /// The indexes of the values in their order; good until the next group.
+    const std::vector<std::uint32_t>& sort(bool descending);
+
+    /// Gives back the memory of a large group, and lets go of all values.
+    void clear();
 
 private:
     struct Key {
@@ -29,12 +35,16 @@ private:
         std::uint32_t index;
     };
 
-    std::vector<Key> keys() const;
-    std::vector<Key> textKeys() const;
-    std::vector<Key> numberKeys() const;
-    std::vector<Key> wideNumberKeys() const;
+    void makeNumberKeys();
+    void makeWideNumberKeys();
+    void makeTextKeys();
+    void sortKeys(bool descending);
+    void countKeys(bool descending);
 
     std::vector<bk2::variant_t> m_values;
+    std::vector<Key> m_keys;
+    std::vector<std::uint32_t> m_sorted;
+    std::uint64_t m_limit = 0; ///< above all keys if they are few, else 0
 };
 
 } // namespace panedeck

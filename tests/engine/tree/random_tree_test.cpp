@@ -1,8 +1,13 @@
 #include "engine/tree/random_profile.h"
 #include "engine/tree/tree_oracle.h"
+#include "filter/query_filter.h"
+#include "query/engine_input.h"
+#include "store/sample_bits.h"
 #include "support/engine_session.h"
 
 #include <gtest/gtest.h>
+
+#include <set>
 
 namespace panedeck::tests {
 namespace {
@@ -147,6 +152,83 @@ TEST(RandomTree, FiltersOfRowsLetThroughWhatTheyWeigh) {
         const std::string unfiltered = session.print(whole);
         whole.filter = "row";
         EXPECT_EQ(session.print(whole), unfiltered) << question.grouping;
+    }
+}
+
+/// The samples that a filter of these rows lets through.
+std::vector<bool> samplesOf(const EngineSession& session, const bk2::sptr_t<dataface1::ITableTree>& tree,
+                            const std::vector<bk2::sptr_t<dataface1::ITableRow>>& rows, int mode) {
+    bk2::sptr_t<dataface1::IQueryFilter> filter;
+    EXPECT_TRUE(bk2::interface_cast<dataface1::IFilterTableTree>(tree)
+                    ->createFilter(rows, 0, mode, filter, 0)
+                    .succeeded());
+    const auto expression = static_cast<const engine::QueryFilter&>(*filter).expression();
+    const auto store = dynamic_cast<const engine::EngineInput&>(*session.inputs[0]).store();
+    std::shared_ptr<const engine::SampleBits> bits;
+    EXPECT_TRUE(expression->bitsFor(store, nullptr, bits).succeeded());
+    std::vector<bool> samples;
+    for (std::size_t sample = 0; sample < bits->size(); ++sample)
+        samples.push_back((*bits)[sample]);
+    return samples;
+}
+
+TEST(RandomTree, FiltersOfSeveralRowsLetThroughWhatAnyOfThemDoes) {
+    for (unsigned seed = 0; seed < 300; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        std::mt19937 random(seed);
+        const EngineSession session(randomProfile(random));
+        TreeQuestion question;
+        question.grouping = engine::groupingPathText(randomPath(random));
+        if (random() % 2) question.type = slicerkit1::query_bottom_up;
+        bk2::sptr_t<dataface1::ITableTree> tree;
+        if (session.run(question, tree).failed()) continue; // callees have no bottom-up tree
+        const auto rows = allRows(tree, 4);
+        const int mode = static_cast<int>(random() % 3);
+        std::vector<bk2::sptr_t<dataface1::ITableRow>> some;
+        std::vector<bool> wanted;
+        for (unsigned i = 0; i < 2 + seed % 4; ++i) {
+            some.push_back(rows[random() % rows.size()]);
+            const auto samples = samplesOf(session, tree, {some.back()}, mode);
+            wanted.resize(samples.size());
+            for (std::size_t sample = 0; sample < samples.size(); ++sample)
+                wanted[sample] = wanted[sample] || samples[sample];
+        }
+        EXPECT_EQ(samplesOf(session, tree, some, mode), wanted) << question.grouping << " mode " << mode;
+    }
+}
+
+TEST(RandomTree, TakesVeryManySelectedRowsLikeAFew) {
+    std::string text;
+    for (int i = 0; i < 1500; ++i)
+        text += "top" + std::to_string(i) + ";below" + std::to_string(i) + " " + std::to_string(i % 7) + "\n";
+    const EngineSession session(text);
+    TreeQuestion question;
+    question.grouping = "/CallStack";
+    question.type = slicerkit1::query_top_down;
+    bk2::sptr_t<dataface1::ITableTree> tree;
+    ASSERT_TRUE(session.run(question, tree).succeeded());
+    auto rows = allRows(tree, 2);
+    ASSERT_EQ(rows.size(), 3000u);
+    std::mt19937 random(1);
+    std::shuffle(rows.begin(), rows.end(), random);
+    auto column = tree->getColumns(nullptr);
+    column->next();
+    for (const std::size_t count : {3000u, 1600u, 10u}) {
+        rows.resize(count);
+        // A pair of rows weighs its top row, once.
+        std::set<const dataface1::ITableRow*> pairs;
+        std::int64_t sum = 0;
+        std::size_t passing = 0;
+        for (const auto& row : rows) {
+            const auto parent = row->getParentRow();
+            if (pairs.insert(parent ? parent.get() : row.get()).second)
+                sum += numberIn(*row, *column->current());
+        }
+        for (const bool passes : samplesOf(session, tree, rows, 1))
+            passing += passes;
+        EXPECT_EQ(passing, pairs.size());
+        const auto total = bk2::interface_cast<dataface1::IReducibleTableTree>(tree)->reduce(rows, 0);
+        EXPECT_EQ(numberIn(*total, *column->current()), sum);
     }
 }
 
