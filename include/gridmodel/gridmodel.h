@@ -254,8 +254,10 @@ private:
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     /// True if reading the row's children takes no time, so that no lock needs to be given up for it.
     bool areChildrenAtHand(const dataface1::ITableRow& row) const;
-    bool readTopRows(notifykit2::IProgress* progress);
-    bool readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
+    bool readTopRows(notifykit2::IProgress* progress) const;
+    static bool readChildRows(const RowPtr& row, bool chains, notifykit2::IProgress* progress);
+    /// Has the provider read what folding will look at below these rows, later and with the model mutex held.
+    static void readChains(bk2::iterator_ptr_t<RowPtr> rows, notifykit2::IProgress* progress);
     ExpandedRows collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress);
     bool openItems(int levels, notifykit2::IProgress* progress);
     bool openItem(Item& item, notifykit2::IProgress* progress);

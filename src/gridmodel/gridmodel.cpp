@@ -46,10 +46,12 @@ bk2::error_code_t GridModel::init(const bk2::sptr_t<dataface1::ITableTree>& tree
                                   const SortingInfo& sortingInfo, notifykit2::IProgress* progress) {
     PANEDECK_REQUIRE(tree, "tt", bk2::kinds::is_not_valid_pointer, "tt");
     auto helper = dataface1::createTableTreeHelper(tree);
+    const bool chains = m_stackMode == ChainMode;
     {
         // Makes the provider compute the rows while others are served from the old ones.
         DBLock reading(*this);
         const auto rows = tree->getRows(progress);
+        if (rows && chains) readChains(rows->clone(), progress);
         if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
         PANEDECK_REQUIRE(rows, "rows", bk2::kinds::failed_to_get_the_object, "rows");
     }

@@ -24,18 +24,21 @@ void GridModel::toggleStackMode(const StackMode& mode, notifykit2::IProgress* pr
     restoreGridRowState(state, progress);
 }
 
-bool GridModel::readTopRows(notifykit2::IProgress* progress) {
+bool GridModel::readTopRows(notifykit2::IProgress* progress) const {
     const std::uint64_t generation = m_generation;
     if (!m_tree || m_stackMode != ChainMode) return true;
     const auto tree = m_tree;
     {
         DBLock reading(*this);
-        const auto rows = tree->getRows(progress);
-        for (; rows && !rows->at_end() && !notifykit2::is_canceled(progress); rows->next())
-            for (RowPtr link = rows->current(); link && !notifykit2::is_canceled(progress);)
-                link = ChainRow::getSingleChildRowOrNull(link);
+        readChains(tree->getRows(progress), progress);
     }
     return generation == m_generation;
+}
+
+void GridModel::readChains(bk2::iterator_ptr_t<RowPtr> rows, notifykit2::IProgress* progress) {
+    for (; rows && !rows->at_end() && !notifykit2::is_canceled(progress); rows->next())
+        for (RowPtr link = rows->current(); link && !notifykit2::is_canceled(progress);)
+            link = ChainRow::getSingleChildRowOrNull(link);
 }
 
 } // namespace panedeck

@@ -57,13 +57,16 @@ void GridModel::moveSelectionFromChildrenToCollapsedParent(const SelectedItems<R
 }
 
 bool GridModel::preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
+    // What the model says is asked now: while the lock is given up others may change it.
+    const bool chains = m_stackMode == ChainMode;
     if (!row) {
+        const auto tree = m_tree;
         DBLock reading(*this);
-        return m_tree && m_tree->getRows(progress);
+        return tree && tree->getRows(progress);
     }
     if (areChildrenAtHand(*row)) return true;
     DBLock reading(*this);
-    return readChildRows(row, progress);
+    return readChildRows(row, chains, progress);
 }
 
 bool GridModel::areChildrenAtHand(const dataface1::ITableRow& row) const {
@@ -74,15 +77,10 @@ bool GridModel::areChildrenAtHand(const dataface1::ITableRow& row) const {
     return status != dataface1::ITreeNode::ecsfError && (status & dataface1::ITreeNode::ecsfAtHand);
 }
 
-bool GridModel::readChildRows(const RowPtr& row, notifykit2::IProgress* progress) const {
+bool GridModel::readChildRows(const RowPtr& row, bool chains, notifykit2::IProgress* progress) {
     bk2::iterator_ptr_t<RowPtr> children;
     if (row->getChildRows(children, progress, true) == dataface1::ITreeNode::ecsfError) return false;
-    if (m_stackMode != ChainMode) return true;
-    // Folding looks down the chain of each new row, later and with the model mutex held: have it read by
-    // then.
-    for (; children && !children->at_end() && !notifykit2::is_canceled(progress); children->next())
-        for (RowPtr link = children->current(); link && !notifykit2::is_canceled(progress);)
-            link = ChainRow::getSingleChildRowOrNull(link);
+    if (chains) readChains(std::move(children), progress);
     return true;
 }
 

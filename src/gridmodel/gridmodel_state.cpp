@@ -156,9 +156,13 @@ private:
                 rows.push_back(place.item->data);
         if (rows.empty()) return true;
         const std::uint64_t generation = m_grid.m_generation;
-        DBLock reading(m_grid);
-        for (const RowPtr& row : rows)
-            if (!notifykit2::is_canceled(m_progress)) m_grid.readChildRows(row, m_progress);
+        const bool chains = m_grid.m_stackMode == ChainMode;
+        {
+            DBLock reading(m_grid);
+            for (const RowPtr& row : rows)
+                if (!notifykit2::is_canceled(m_progress)) readChildRows(row, chains, m_progress);
+        }
+        // With the lock held again: only now does it stay as it is.
         return generation == m_grid.m_generation;
     }
 

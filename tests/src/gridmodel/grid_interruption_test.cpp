@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -266,6 +267,34 @@ TEST(GridLocks, AScrollRunsWhileANestedHolderReads) {
     checkpoints.open("still holding");
     holder.join();
     scroll.join();
+}
+
+TEST(GridLocks, ARefreshReadsChainsWithoutTheModelLock) {
+    InterruptedGrid grid;
+    grid.model->toggleStackMode(ChainMode, nullptr);
+    const auto tree = newTree();
+    Checkpoints checkpoints;
+    std::vector<std::thread> others;
+    std::set<std::string> unread{"main", "parse", "draw", "fill", "read", "open",
+                                 "lex",  "idle",  "wait", "poll", "free"};
+    for (const std::string& name : unread)
+        tree->row(name).whileReading = [&, name] {
+            if (unread.erase(name) == 0) return; // it is at hand
+            others.emplace_back([&, name] {
+                GridModel::Lock lock(grid.model);
+                checkpoints.reach(name);
+            });
+            checkpoints.waitFor(name);
+        };
+    GridViewParams params;
+    params.grouping = "/CallStack";
+    {
+        GridModel::Lock lock(grid.model);
+        EXPECT_TRUE(grid.model->init(tree, params, KeepStackMode, {}, nullptr).succeeded());
+    }
+    EXPECT_EQ(unread, std::set<std::string>()) << "folding looks at them, or they were open";
+    for (std::thread& other : others)
+        other.join();
 }
 
 TEST(GridLocks, ARowThatMovedMeanwhileIsOpenedInTheWindowOnly) {
