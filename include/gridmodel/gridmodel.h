@@ -259,10 +259,14 @@ private:
     /// Has the provider read what folding will look at below these rows, later and with the model mutex held.
     static void readChains(bk2::iterator_ptr_t<RowPtr> rows, notifykit2::IProgress* progress);
     ExpandedRows collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress);
-    bool openItems(int levels, notifykit2::IProgress* progress);
-    bool openItem(Item& item, notifykit2::IProgress* progress);
-    bool openSelected(const std::vector<Item*>& selected, notifykit2::IProgress* progress);
-    void showItems(bool finished);
+    // Opening many rows first loads them all, with the lock given up now and then, and opens them only after
+    // that: whoever gets the lock meanwhile finds rows and items in agreement. False if the work ended early;
+    // the items are gone if `m_generation` has changed.
+    bool loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::IProgress* progress);
+    bool loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IProgress* progress);
+    bool loadSelected(const std::vector<Item*>& selected, std::vector<Item*>& loaded,
+                      notifykit2::IProgress* progress);
+    void showOpened(const std::vector<Item*>& opened, bool finished);
     /// Before all rows are closed.
     void moveSelectionToTopRows();
     void moveSelectionFromChildrenToCollapsedParent(const SelectedItems<RowPtr>::Set& hidden,

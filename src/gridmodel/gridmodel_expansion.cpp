@@ -87,12 +87,14 @@ bool GridModel::readChildRows(const RowPtr& row, bool chains, notifykit2::IProgr
 void GridModel::expandRowsRecursively(notifykit2::IProgress* progress, int levels) {
     m_searchHelper.reset();
     GridViewParams params = m_viewParams;
-    const bool finished = openItems(levels, progress);
-    showItems(finished);
+    std::vector<Item*> opened;
+    const std::uint64_t generation = m_generation;
+    const bool finished = loadLevels(levels, opened, progress);
+    if (generation == m_generation) showOpened(opened, finished);
     m_viewParams = std::move(params);
 }
 
-bool GridModel::openItems(int levels, notifykit2::IProgress* progress) {
+bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
     struct Siblings {
         Item* parent;
         std::size_t next;
@@ -106,13 +108,13 @@ bool GridModel::openItems(int levels, notifykit2::IProgress* progress) {
         }
         Item& item = (*siblings.parent->children)[siblings.next++];
         if (notifykit2::is_canceled(progress)) return false;
-        if (!openItem(item, progress)) return false;
+        if (!loadItem(item, loaded, progress)) return false;
         if (levels == 0 || static_cast<int>(path.size()) < levels) path.push_back({&item, 0});
     }
     return true;
 }
 
-bool GridModel::openItem(Item& item, notifykit2::IProgress* progress) {
+bool GridModel::loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
     if (item.hasChildren && !item.children) {
         const std::uint64_t generation = m_generation;
         const RowPtr row = item.data;
@@ -123,11 +125,13 @@ bool GridModel::openItem(Item& item, notifykit2::IProgress* progress) {
         PANEDECK_EXPECT(count >= 0, "count >= 0");
         if (count < 0) return true;
     }
-    item.expanded = true;
+    loaded.push_back(&item);
     return true;
 }
 
-void GridModel::showItems(bool finished) {
+void GridModel::showOpened(const std::vector<Item*>& opened, bool finished) {
+    for (Item* item : opened)
+        item->expanded = true;
     if (finished)
         rebuildRows(getCurrentRow());
     else
@@ -137,23 +141,25 @@ void GridModel::showItems(bool finished) {
 void GridModel::expandSelectedRows(notifykit2::IProgress* progress) {
     m_searchHelper.reset();
     GridViewParams params = m_viewParams;
-    std::vector<Item*> selected;
+    std::vector<Item*> selected, opened;
     for (int row = 0; row < getRowCount(); ++row)
         if (isSelected(row)) selected.push_back(getItemByRow(row));
     for (const RowPtr& row : *m_selectedRows)
         m_expandingRows.insert(getRowIdByPtr(row.get()));
-    showItems(openSelected(selected, progress));
+    const std::uint64_t generation = m_generation;
+    const bool finished = loadSelected(selected, opened, progress);
+    if (generation == m_generation) showOpened(opened, finished);
     m_viewParams = std::move(params);
 }
 
-bool GridModel::openSelected(const std::vector<Item*>& selected, notifykit2::IProgress* progress) {
+bool GridModel::loadSelected(const std::vector<Item*>& selected, std::vector<Item*>& loaded,
+                             notifykit2::IProgress* progress) {
     for (auto item = selected.rbegin(); item != selected.rend(); ++item) {
         if (notifykit2::is_canceled(progress)) return false;
-        const std::uint64_t generation = m_generation;
         const std::uint64_t id = getRowIdByPtr((*item)->data.get());
-        const bool opened = openItem(**item, progress);
+        const bool goesOn = loadItem(**item, loaded, progress);
         m_expandingRows.erase(id);
-        if (!opened || generation != m_generation) return false;
+        if (!goesOn) return false;
     }
     return true;
 }

@@ -98,7 +98,7 @@ public:
             for (const Place& place : open)
                 openItem(place, level);
         }
-        m_grid.showItems(true);
+        m_grid.showOpened(m_opened, true);
         // A row that is folded away has no index of its own: the first one stands for it.
         if (m_focusFound)
             m_grid.m_selectedRows->setCurrentRow(m_focus ? std::max(m_grid.visibleRow(*m_focus), 0) : 0);
@@ -171,7 +171,7 @@ private:
         const int count = m_grid.loadItems(*place.item, m_progress);
         m_failed = m_failed || count < 0;
         if (count <= 0) return;
-        place.item->expanded = true;
+        m_opened.push_back(place.item);
         if (place.levelBelow >= 0) addChildren(*place.item, place.levelBelow, next);
     }
 
@@ -179,6 +179,7 @@ private:
     const GridRowState& m_state;
     notifykit2::IProgress* m_progress;
     bk2::sptr_t<dataface1::IColumnInfo> m_groupingColumn;
+    std::vector<Item*> m_opened;
     const Item* m_focus = nullptr; ///< null for a row that is folded away
     bool m_focusFound = false;
     bool m_failed = false;
@@ -186,8 +187,9 @@ private:
 
 void GridModel::restoreGridRowState(const GridRowState& state, notifykit2::IProgress* progress) {
     if (state.expandedKeys.empty()) return;
-    const bool restored = getGroupingColumn() && StateRestoration(*this, state, progress).run();
-    m_unrestored = restored ? GridRowState() : state;
+    // From the start: a refresh that gets the lock meanwhile must not take what is open so far for all.
+    m_unrestored = state;
+    if (getGroupingColumn() && StateRestoration(*this, state, progress).run()) m_unrestored = {};
 }
 
 } // namespace panedeck

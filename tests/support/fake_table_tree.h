@@ -13,6 +13,7 @@
 #include "support/fake_queries.h"
 
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <cstdint>
 #include <functional>
@@ -88,7 +89,7 @@ public:
     std::vector<FakeRow*> children;
     bool fails = false; ///< its child rows cannot be read
     std::function<void()> whileReading = [] {};
-    mutable bool atHand = false;
+    mutable std::atomic<bool> atHand = false;
 };
 
 class FakeTableTree
@@ -119,7 +120,7 @@ public:
     /// Reads of rows, of all trees, that go well before one fails; negative: all go well.
     static inline int readsUntilFailure = -1;
     bool failsToGiveRows = false;
-    mutable std::size_t rowsPasses = 0; ///< how often all top rows were asked for
+    mutable std::atomic<std::size_t> rowsPasses = 0; ///< how often all top rows were asked for
 
 private:
     void addColumn(const fake_column_t& description, FakeColumn* parent);

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <random>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -350,6 +351,51 @@ TEST(GridLocks, ARowThatMovedMeanwhileIsOpenedInTheWindowOnly) {
         EXPECT_EQ(grid.show(), shown) << meanwhile;
         EXPECT_EQ(grid.model->verify(), "") << meanwhile;
     }
+}
+
+TEST(GridLocks, ManyAskAtTheSameTime) {
+    LogCapture silent(static_cast<logkit1::level_t>(50000));
+    InterruptedGrid grid;
+    const auto ask = [&grid](unsigned seed) {
+        std::mt19937 random(seed);
+        for (int i = 0; i < 1000; ++i) {
+            GridModel::Lock lock(grid.model);
+            const int row = static_cast<int>(random() % 8);
+            switch (random() % 12) {
+            case 0:
+                EXPECT_TRUE(grid.refresh(random() % 4 ? "/CallStack" : "/Function", 0, nullptr).succeeded());
+                break;
+            case 1:
+                grid.model->toggleStackMode(random() % 2 ? ChainMode : TreeMode, nullptr);
+                break;
+            case 2:
+                grid.model->expandRowsRecursively(nullptr, static_cast<int>(random() % 3));
+                break;
+            case 3:
+                grid.model->collapseAllRows(nullptr);
+                break;
+            case 4:
+                grid.model->expandSelectedRows(nullptr);
+                break;
+            case 5:
+                EXPECT_TRUE(
+                    grid.model->sort({static_cast<int>(random() % 2), random() % 2 == 0}).succeeded());
+                break;
+            case 6:
+            case 7:
+                (void)grid.model->processRowSelection(row, 0, random() % 2 ? SelectSetSingle : SelectToggle);
+                break;
+            default:
+                grid.model->expandRow(row, random() % 3 != 0, nullptr);
+            }
+            grid.expectOrder("asked by many");
+        }
+    };
+    std::vector<std::thread> threads;
+    for (unsigned seed = 1; seed <= 4; ++seed)
+        threads.emplace_back(ask, seed);
+    for (std::thread& thread : threads)
+        thread.join();
 }
 
 } // namespace
