@@ -155,12 +155,16 @@ void restoreState(benchmark::State& state) {
     auto grid = makeGrid(tree, GridTopDown);
     grid->expandRowsRecursively(nullptr, 0);
     const int rows = grid->getRowCount();
-    GridRowState saved;
+    GridRowState saved, wanted;
     grid->saveGridRowState(saved, nullptr);
     for (auto _ : state) {
         timeOnce(
-            state, [&] { grid = makeGrid(tree, GridTopDown); },
-            [&] { grid->restoreGridRowState(saved, nullptr); });
+            state,
+            [&] {
+                grid = makeGrid(tree, GridTopDown);
+                wanted = saved;
+            },
+            [&] { grid->restoreGridRowState(std::move(wanted), nullptr); });
         if (grid->getRowCount() != rows) std::abort();
     }
     countRows(state, static_cast<std::size_t>(rows));

@@ -143,7 +143,7 @@ public:
     // --- State across trees (gridmodel_state.cpp) ---
 
     void saveGridRowState(GridRowState& state, notifykit2::IProgress* progress) const;
-    void restoreGridRowState(const GridRowState& state, notifykit2::IProgress* progress);
+    void restoreGridRowState(GridRowState state, notifykit2::IProgress* progress);
 
     // --- Sorting (gridmodel_sorting.cpp) ---
 
@@ -313,7 +313,7 @@ private:
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
     // What the last restoration was to bring back, if it was cancelled or failed: the next one tries again.
-    GridRowState m_unrestored;
+    std::shared_ptr<const GridRowState> m_unrestored;
     GridSearchHelper m_searchHelper;
     std::shared_ptr<SelectedItems<RowPtr>> m_selectedRows;
 };

@@ -2,6 +2,8 @@
 
 #include "gridmodel/gridmodel.h"
 
+#include <utility>
+
 namespace panedeck {
 
 /// Carries what is open and the current row over a replacement of the tree: taken at construction, put back
@@ -12,7 +14,7 @@ public:
         // Not to be cancelled: what is not saved now is lost.
         m_grid.saveGridRowState(m_state, nullptr);
     }
-    ~GridStateGuard() { m_grid.restoreGridRowState(m_state, m_progress); }
+    ~GridStateGuard() { m_grid.restoreGridRowState(std::move(m_state), m_progress); }
     GridStateGuard(const GridStateGuard&) = delete;
     GridStateGuard& operator=(const GridStateGuard&) = delete;
 

@@ -98,7 +98,7 @@ bool GridModel::replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
     cleanup(tree, std::move(helper), hierarchy, progress);
     m_columnHierarchy = std::move(hierarchy);
     m_selectedRows->setCurrentRow(-1);
-    m_unrestored = {};
+    m_unrestored.reset();
     setSortingCondition(sortingInfo);
     return loadNewRows(progress);
 }

@@ -1,6 +1,8 @@
 #include "gridmodel/chainrow.h"
 #include "gridmodel/gridmodel.h"
 
+#include <utility>
+
 namespace panedeck {
 
 void GridModel::decorateRow(RowPtr& row) const {
@@ -21,7 +23,7 @@ void GridModel::toggleStackMode(const StackMode& mode, notifykit2::IProgress* pr
     clear();
     loadNewRows(nullptr);
     if (m_viewParams.expandLevels != 0) expandRowsRecursively(progress, 0);
-    restoreGridRowState(state, progress);
+    restoreGridRowState(std::move(state), progress);
 }
 
 bool GridModel::readTopRows(notifykit2::IProgress* progress) const {

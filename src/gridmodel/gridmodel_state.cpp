@@ -2,6 +2,7 @@
 #include "gridmodel/gridmodel.h"
 
 #include <algorithm>
+#include <memory>
 #include <span>
 #include <utility>
 
@@ -71,13 +72,14 @@ void GridModel::saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, Gr
 }
 
 void GridModel::addUnrestored(GridRowState& state) const {
-    for (std::size_t level = 0; level < m_unrestored.expandedKeys.size(); ++level) {
-        const auto& keys = m_unrestored.expandedKeys[level];
+    if (!m_unrestored) return;
+    for (std::size_t level = 0; level < m_unrestored->expandedKeys.size(); ++level) {
+        const auto& keys = m_unrestored->expandedKeys[level];
         keysOfLevel(state, static_cast<int>(level)).insert(keys.begin(), keys.end());
     }
-    if (m_unrestored.focusLevel < 0) return;
-    state.focusKey = m_unrestored.focusKey;
-    state.focusLevel = m_unrestored.focusLevel;
+    if (m_unrestored->focusLevel < 0) return;
+    state.focusKey = m_unrestored->focusKey;
+    state.focusLevel = m_unrestored->focusLevel;
 }
 
 /// Puts a saved state back into new items, level by level, so that each level takes the database lock once.
@@ -185,11 +187,12 @@ private:
     bool m_failed = false;
 };
 
-void GridModel::restoreGridRowState(const GridRowState& state, notifykit2::IProgress* progress) {
+void GridModel::restoreGridRowState(GridRowState state, notifykit2::IProgress* progress) {
     if (state.expandedKeys.empty()) return;
     // From the start: a refresh that gets the lock meanwhile must not take what is open so far for all.
-    m_unrestored = state;
-    if (getGroupingColumn() && StateRestoration(*this, state, progress).run()) m_unrestored = {};
+    const auto wanted = std::make_shared<const GridRowState>(std::move(state));
+    m_unrestored = wanted;
+    if (getGroupingColumn() && StateRestoration(*this, *wanted, progress).run()) m_unrestored.reset();
 }
 
 } // namespace panedeck
