@@ -106,10 +106,11 @@ struct OpenProfile {
     }
 
     bk2::sptr_t<dataface1::ITableTree> tree(const std::string& grouping, int type,
-                                            const std::vector<std::string>& columns) const {
+                                            const std::vector<std::string>& columns,
+                                            const std::string& filter = "") const {
         const auto query = slicerkit1::ITableTreeQuery::create();
         bk2::sptr_t<dataface1::ITableTree> tree;
-        if (query->addInputData(input).failed() ||
+        if (query->addInputData(input).failed() || query->setFilterName(filter).failed() ||
             query->setGroupingQuery(library->findQuery(grouping)).failed())
             std::abort();
         for (const std::string& column : columns)

@@ -59,7 +59,7 @@ class FoldedTexts {
 public:
     std::uint32_t numberOf(const bk2::variant_t& value) {
         // Equal texts mostly share their characters, so most look-ups compare no more than an address.
-        const char* address = value.is_narrow_text() ? value.text().data() : nullptr;
+        const char* address = value.is_narrow_text() ? value.get<const char*>() : nullptr;
         if (!address) return numberOfText(bk2::get_value_string(value));
         const auto [known, added] = m_by_address.try_emplace(address);
         if (added) known->second = numberOfText(value.text());
