@@ -204,14 +204,17 @@ bk2::variant_t ComparedModel::total(const ColumnContent& column) const {
     return number(first.data(), second.data(), cell, ColumnContent::Side::second);
 }
 
-std::vector<Weight> ComparedModel::sumOfRows(std::span<const RowIndex> rows) const {
-    std::vector<RowIndex> first, second;
-    for (const RowIndex row : rows) {
-        if (m_rows[row]->first != no_row) first.push_back(m_rows[row]->first);
-        if (m_rows[row]->second != no_row) second.push_back(m_rows[row]->second);
-    }
-    std::vector<Weight> sums = m_first.sumOfRows(first);
-    const std::vector<Weight> of_second = m_second.sumOfRows(second);
+std::vector<Weight> ComparedModel::sumOfRows(std::span<const RowIndex> rows,
+                                             std::span<const RowIndex> self_only) const {
+    const auto in = [this](std::span<const RowIndex> given, RowIndex Record::*side) {
+        std::vector<RowIndex> found;
+        for (const RowIndex row : given)
+            if (m_rows[row]->*side != no_row) found.push_back(m_rows[row]->*side);
+        return found;
+    };
+    std::vector<Weight> sums = m_first.sumOfRows(in(rows, &Record::first), in(self_only, &Record::first));
+    const std::vector<Weight> of_second =
+        m_second.sumOfRows(in(rows, &Record::second), in(self_only, &Record::second));
     sums.insert(sums.end(), of_second.begin(), of_second.end());
     return sums;
 }

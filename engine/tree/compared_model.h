@@ -27,7 +27,8 @@ public:
     std::size_t levelOf(RowIndex row) const override;
     bool value(RowIndex row, const ColumnContent& column, int contents, bk2::variant_t& value) const override;
     bk2::variant_t total(const ColumnContent& column) const override;
-    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows) const override;
+    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows,
+                                  std::span<const RowIndex> self_only) const override;
     bool valueOfSums(std::span<const Weight> sums, const ColumnContent& column, int contents,
                      bk2::variant_t& value) const override;
     RowLevel rowLevel(RowIndex row) const override;

@@ -37,28 +37,33 @@ void sortUnique(std::vector<RowIndex>& rows) {
         if (given[row]) rows.push_back(row);
 }
 
-/// Tells which rows stand below a given one, and notes it for all rows on the way up.
+/// What the outermost given row above a row has of it.
+enum Cover : std::uint32_t { unknown, none, whole, total_only };
+
+/// Tells how given rows cover those below them, and notes it for all rows on the way up. Rows are to be asked
+/// for in ascending order: no row stands before the one above it.
 template <class Marks>
 class Covering {
 public:
-    Covering(const TableModel& model, const std::vector<RowIndex>& rows, Marks marks)
-        : m_model(model), m_marks(std::move(marks)) {
-        for (const RowIndex row : rows)
-            m_marks[row] = covers;
-    }
+    Covering(const TableModel& model, Marks marks) : m_model(model), m_marks(std::move(marks)) {}
 
-    bool isCovered(RowIndex row) {
+    /// The cover of a given row by another one.
+    std::uint32_t of(RowIndex row) {
         RowIndex above = m_model.parentOf(row);
         for (; above != no_row && m_marks[above] == unknown; above = m_model.parentOf(above))
             m_line.push_back(above);
-        const bool covered = above != no_row && m_marks[above] == covers;
+        const std::uint32_t cover = above == no_row ? std::uint32_t{none} : m_marks[above];
         for (; !m_line.empty(); m_line.pop_back())
-            m_marks[m_line.back()] = covered ? covers : leaves_open;
-        return covered;
+            m_marks[m_line.back()] = cover;
+        m_marks[row] = cover == none ? ownCover(row) : cover;
+        return cover;
     }
 
 private:
-    enum : std::uint32_t { unknown, covers, leaves_open };
+    /// A frame's self is what its own code took; what the frames that it calls took is not in it.
+    std::uint32_t ownCover(RowIndex row) const {
+        return m_model.rowLevel(row).segment == Segment::callees ? total_only : whole;
+    }
 
     const TableModel& m_model;
     Marks m_marks;
@@ -86,14 +91,17 @@ RowPaths makePaths(const TableModel& model, const std::vector<RowIndex>& rows, N
 
 } // namespace
 
-std::vector<RowIndex> withoutDescendants(const TableModel& model, std::vector<RowIndex> rows) {
+SelectedRows splitSelection(const TableModel& model, std::vector<RowIndex> rows) {
     sortUnique(rows);
     return withNumbers(rows, [&](auto marks) {
-        Covering covering(model, rows, std::move(marks));
-        std::vector<RowIndex> result;
-        for (const RowIndex row : rows)
-            if (!covering.isCovered(row)) result.push_back(row);
-        return result;
+        Covering covering(model, std::move(marks));
+        SelectedRows selected;
+        for (const RowIndex row : rows) {
+            const std::uint32_t cover = covering.of(row);
+            if (cover == none) selected.outermost.push_back(row);
+            if (cover == total_only) selected.deeper_frames.push_back(row);
+        }
+        return selected;
     });
 }
 

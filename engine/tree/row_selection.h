@@ -10,8 +10,16 @@ namespace panedeck::engine {
 // What a person has selected: a few rows, or all rows of a large tree. Every cost here is the number of the
 // rows and of those above them, whatever else the tree has made.
 
-/// The given rows, ascending and each once, without those that stand below another one of them.
-std::vector<RowIndex> withoutDescendants(const TableModel& model, std::vector<RowIndex> rows);
+/// Rows of a selection, ascending and each once.
+struct SelectedRows {
+    /// Those that stand below no other one.
+    std::vector<RowIndex> outermost;
+    /// Of the others those whose self is not part of an outermost one's: frames of a stack below frames of
+    /// it.
+    std::vector<RowIndex> deeper_frames;
+};
+
+SelectedRows splitSelection(const TableModel& model, std::vector<RowIndex> rows);
 
 /// The rows' paths from the top down.
 RowPaths pathsTo(const TableModel& model, const std::vector<RowIndex>& rows);

@@ -98,13 +98,18 @@ bool RowTree::isIntegerCell(std::size_t cell) const {
     return isIntegerMetric(metric);
 }
 
-std::vector<Weight> RowTree::sumOfRows(std::span<const RowIndex> rows) const {
+std::vector<Weight> RowTree::sumOfRows(std::span<const RowIndex> rows,
+                                       std::span<const RowIndex> self_only) const {
     std::vector<Weight> sums(m_cells_per_row, zeroWeight());
     std::vector<std::uint8_t> is_integer(sums.size());
     for (std::size_t cell = 0; cell < sums.size(); ++cell)
         is_integer[cell] = isIntegerCell(cell);
     for (const RowIndex row : rows)
         for (std::size_t cell = 0; cell < sums.size(); ++cell)
+            add(sums[cell], m_cells[row][cell], is_integer[cell]);
+    // Totals and selves take turns.
+    for (const RowIndex row : self_only)
+        for (std::size_t cell = cellOf(0, WeightKind::self); cell < sums.size(); cell += 2)
             add(sums[cell], m_cells[row][cell], is_integer[cell]);
     return sums;
 }

@@ -116,8 +116,8 @@ public:
 
     /// How many numbers a row has.
     std::size_t cellsPerRow() const { return m_cells_per_row; }
-    /// The sums of the rows' numbers, cell by cell.
-    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows) const;
+    /// The sums of the rows' numbers, cell by cell, and of only the self of some others.
+    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows, std::span<const RowIndex> self_only) const;
     /// Whether a cell holds an integer.
     bool isIntegerCell(std::size_t cell) const;
 

@@ -22,8 +22,9 @@ public:
     std::size_t levelOf(RowIndex row) const override { return m_rows.levelOf(row); }
     bool value(RowIndex row, const ColumnContent& column, int contents, bk2::variant_t& value) const override;
     bk2::variant_t total(const ColumnContent& column) const override;
-    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows) const override {
-        return m_rows.sumOfRows(rows);
+    std::vector<Weight> sumOfRows(std::span<const RowIndex> rows,
+                                  std::span<const RowIndex> self_only) const override {
+        return m_rows.sumOfRows(rows, self_only);
     }
     bool valueOfSums(std::span<const Weight> sums, const ColumnContent& column, int contents,
                      bk2::variant_t& value) const override;

@@ -45,8 +45,9 @@ public:
     /// if the first has none; null if the column has none.
     virtual bk2::variant_t total(const ColumnContent& column) const = 0;
 
-    /// The sums of some rows' numbers; what to give to `valueOfSums`.
-    virtual std::vector<Weight> sumOfRows(std::span<const RowIndex> rows) const = 0;
+    /// The sums of some rows' numbers, and of only the self of some others; what to give to `valueOfSums`.
+    virtual std::vector<Weight> sumOfRows(std::span<const RowIndex> rows,
+                                          std::span<const RowIndex> self_only) const = 0;
     virtual bool valueOfSums(std::span<const Weight> sums, const ColumnContent& column, int contents,
                              bk2::variant_t& value) const = 0;
 

@@ -100,7 +100,7 @@ bool TableTree::getColumnSum(const IColumnInfo& column, bk2::variant_t& value) c
     for (RowIndex row = top.first; row < top.first + top.count; ++row)
         rows.push_back(row);
     return !rows.empty() &&
-           m_model->valueOfSums(m_model->sumOfRows(rows), own->content(), dataface1::cell_value, value);
+           m_model->valueOfSums(m_model->sumOfRows(rows, {}), own->content(), dataface1::cell_value, value);
 }
 
 bool TableTree::ownRows(const std::vector<RowPtr>& rows, std::vector<RowIndex>& indexes) const {
@@ -126,8 +126,9 @@ bk2::error_code_t TableTree::createFilter(const std::vector<RowPtr>& rows, int, 
         return bk2::error_code_t::raise(bk2::kinds::is_not_valid_argument, "rows");
     if (mode < rows_with_parents || mode > rows_alone)
         return bk2::error_code_t::raise(bk2::kinds::is_not_valid_argument, "mode");
-    RowPaths paths = mode == rows_alone ? ownLevels(*m_model, indexes)
-                                        : pathsTo(*m_model, withoutDescendants(*m_model, std::move(indexes)));
+    RowPaths paths = mode == rows_alone
+                         ? ownLevels(*m_model, indexes)
+                         : pathsTo(*m_model, splitSelection(*m_model, std::move(indexes)).outermost);
     paths.from_leaf = mode != rows_alone && m_model->scope() == FrameScope::leaf;
     filter = bk2::make_sptr<QueryFilter>(FilterExpression::anyRow(std::move(paths)));
     return {};
@@ -136,8 +137,8 @@ bk2::error_code_t TableTree::createFilter(const std::vector<RowPtr>& rows, int, 
 RowPtr TableTree::reduce(const std::vector<RowPtr>& rows, int) const {
     std::vector<RowIndex> indexes;
     if (!ownRows(rows, indexes) || indexes.empty()) return nullptr;
-    return bk2::make_sptr<RowSums>(*this,
-                                   m_model->sumOfRows(withoutDescendants(*m_model, std::move(indexes))));
+    const SelectedRows selected = splitSelection(*m_model, std::move(indexes));
+    return bk2::make_sptr<RowSums>(*this, m_model->sumOfRows(selected.outermost, selected.deeper_frames));
 }
 
 } // namespace panedeck::engine

@@ -145,8 +145,8 @@ protected:
 /// A tree that can sum rows up.
 class PANEDECK_API IReducibleTableTree : public bk2::object_interface_t {
 public:
-    /// One row with the sums of the given ones (a row below another of them does not count twice); null if it
-    /// cannot be made.
+    /// One row with the sums of the given ones, in which no sample counts twice: a row below another of them
+    /// adds only what the other one does not have of it. Null if it cannot be made.
     virtual bk2::sptr_t<ITableRow> reduce(const std::vector<bk2::sptr_t<ITableRow>>& rows,
                                           int reserved) const = 0;
 

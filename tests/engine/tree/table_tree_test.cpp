@@ -374,13 +374,14 @@ TEST(TableTree, SumsRowsUp) {
     const auto below = childrenOf(top[1]);
     const auto reducible = bk2::interface_cast<IReducibleTableTree>(tree);
     ASSERT_TRUE(reducible);
-    const auto sum_of = [&](const std::vector<bk2::sptr_t<ITableRow>>& rows) {
+    const auto sum_of = [&](const std::vector<bk2::sptr_t<ITableRow>>& rows, std::size_t column = 1) {
         bk2::variant_t value;
         const auto row = reducible->reduce(rows, 0);
-        return row && row->getValue(columns[1].get(), cell_value, value) ? value.get<bk2::s64_t>() : -1;
+        return row && row->getValue(columns[column].get(), cell_value, value) ? value.get<bk2::s64_t>() : -1;
     };
     EXPECT_EQ(sum_of({below[0], below[1]}), 10);
     EXPECT_EQ(sum_of({below[0], top[1], top[0]}), 20) << "a row below another one counts once";
+    EXPECT_EQ(sum_of({below[0], below[1], top[1]}, 2), 2) << "what a frame calls is not in its self";
     EXPECT_EQ(sum_of({}), -1);
     bk2::sptr_t<ITableTree> other;
     ASSERT_TRUE(session.run({}, other).succeeded());

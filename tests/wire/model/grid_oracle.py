@@ -87,15 +87,22 @@ class GridOracle:
         return [cells[i] if i == 0 else f"{cells[i]:,}" for i in self.visible_columns]
 
     def footer_cells(self) -> list | None:
-        """The sums of the selected rows; what stands below another selected row is in that one already."""
+        """The sums of the selected rows; what stands below another selected row is in that one already, but for the self
+        of frames that frames call."""
         if not self.footer:
             return None
         nodes = {row.nodes[0] for row in self.footer}
         outer = [node for node in nodes if not any(other is not node and is_below(node, other) for other in nodes)]
         results = len(outer[0].total)
         totals = [sum(node.total[i] for node in outer) for i in range(results)]
-        selves = [sum(node.self[i] for node in outer) for i in range(results)]
+        frames = [node for node in outer if self._is_callee(node)]
+        own = set(outer) | {node for node in nodes if any(is_below(node, frame) for frame in frames)}
+        selves = [sum(node.self[i] for node in own) for i in range(results)]
         return [None, *call_trees.numbers(self.grouping, totals, selves)]
+
+    def _is_callee(self, node: Node) -> bool:
+        """Whether the row is a frame on the way down a stack, and not one of the levels above."""
+        return self.grouping.endswith("/CallStack") and len(node.path) >= self.grouping.count("/")
 
     def window(self) -> tuple[int, int]:
         """Fits the window to the rows: first row and the row behind the last."""
