@@ -67,13 +67,14 @@ build_web() {
     fi
 }
 
-# build_native PRESET [TARGET...]: configures once, then builds incrementally.
+# build_native PRESET [TARGET...]: configures once, or again if PANEDECK_CMAKE_ARGUMENTS says how, then builds
+# incrementally.
 build_native() {
     local preset=$1
     shift
     local log=$root/build/$preset.log
     mkdir -p "$root/build"
-    if [ ! -f "$root/build/$preset/build.ninja" ]; then
+    if [ ! -f "$root/build/$preset/build.ninja" ] || [ -n "${PANEDECK_CMAKE_ARGUMENTS:-}" ]; then
         say "Configuring build/$preset"
         (cd "$root" && cmake --preset "$preset" ${PANEDECK_CMAKE_ARGUMENTS:-}) >"$log" 2>&1 || {
             tail -n 40 "$log" >&2

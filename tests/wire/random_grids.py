@@ -16,25 +16,40 @@ from conversation.programs import Host
 from model.call_trees import folded_text
 from model.grid_conversation import Connection, GridConversation, Mismatch, random_operations
 from model.random_profile import random_samples
+from model.real_profile import real_samples
 
 DEFAULT_SEED = 20240229
 PROFILES = 36
 GRIDS = 8
+REAL_GRIDS = 2
 OPERATIONS = 40
 
 
 def check_profiles(pool: Executor, programs: Path, config: Path, seeds=range(DEFAULT_SEED, DEFAULT_SEED + PROFILES)):
     """Prints what went wrong; how many profiles were checked, and how many failed."""
-    problems = list(filter(None, pool.map(lambda seed: check_profile(seed, programs, config), seeds)))
+    checks = [lambda seed=seed: check_random_profile(seed, programs, config) for seed in seeds]
+    checks += [lambda real=real: check_real_profile(*real, programs, config) for real in real_samples().items()]
+    problems = list(filter(None, pool.map(lambda check: check(), checks)))
     for problem in problems:
         print(f"FAILED random_grids.py {problem}")
-    return len(seeds), len(problems)
+    return len(checks), len(problems)
 
 
-def check_profile(seed: int, programs: Path, config: Path) -> str | None:
+def check_random_profile(seed: int, programs: Path, config: Path) -> str | None:
     """Asks the grids of one profile, of two compared ones every third time; what went wrong, if something did."""
     random = Random(seed)
     results = [random_samples(random) for _ in range(2 if seed % 3 == 0 else 1)]
+    problem = check_grids(random, results, GRIDS, programs, config)
+    return problem and f"--seed {seed}\n{problem}"
+
+
+def check_real_profile(name: str, samples, programs: Path, config: Path) -> str | None:
+    """The same of a real profile, which is larger: fewer grids."""
+    problem = check_grids(Random(DEFAULT_SEED), [samples], REAL_GRIDS, programs, config)
+    return problem and f"{name}\n{problem}"
+
+
+def check_grids(random: Random, results, grids: int, programs: Path, config: Path) -> str | None:
     with tempfile.TemporaryDirectory(prefix="panedeck-wire-") as name:
         folder = Path(name)
         peer = Peer()
@@ -42,13 +57,13 @@ def check_profile(seed: int, programs: Path, config: Path) -> str | None:
         try:
             peer.accept()
             replay = Replay(Connection(peer), results, folder)
-            for _ in range(GRIDS):
+            for _ in range(grids):
                 problem = replay.check(random_operations(random, OPERATIONS))
                 if problem:
-                    return f"--seed {seed}\n{problem}"
+                    return problem
             host.stop()
         except Exception as error:  # the host is gone, or answers what cannot be read
-            return f"--seed {seed}\n{type(error).__name__}: {error}\n{host.log_text()}"
+            return f"{type(error).__name__}: {error}\n{host.log_text()}"
         finally:
             host.kill()
             peer.close()
