@@ -185,6 +185,12 @@ CallsiteIndex RowMaker::nodeAt(const WeightSet& weights, std::size_t position) {
 
 std::vector<std::uint8_t> RowMaker::valuesWithSamples(const WeightSet& weights, Dimension dimension) const {
     std::vector<std::uint8_t> found(m_store.valueCount(dimension));
+    if (weights.metric(0).weightless.empty()) {
+        // Every sample weighs something: what was added up tells, and there are fewer values than nodes.
+        for (std::size_t value = 0; value < found.size(); ++value)
+            found[value] = !isZero(m_cells[value * m_tree.cellsPerRow()], m_tree.isIntegerMetric(0));
+        return found;
+    }
     const std::size_t count = weights.isSparse() ? weights.nodes().size() : m_store.nodeCount();
     for (std::size_t position = 0; position < count; ++position) {
         std::uint8_t& is_found = found[m_store.valueOfNode(dimension, nodeAt(weights, position))];

@@ -71,6 +71,7 @@ private:
     void addUpByValue(const WeightSet& weights, std::size_t metric, std::size_t first_cell,
                       Dimension dimension);
     static CallsiteIndex nodeAt(const WeightSet& weights, std::size_t position);
+    /// Which values have samples, of whatever weight. The first metric was added up before.
     std::vector<std::uint8_t> valuesWithSamples(const WeightSet& weights, Dimension dimension) const;
     bk2::error_code_t addUpExpansionsByValue(SliceIndex slice, Dimension dimension);
     /// Where in a row's numbers the total of an expansion's value stands.
