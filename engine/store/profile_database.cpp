@@ -5,8 +5,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 
 namespace panedeck::engine {
@@ -350,7 +352,7 @@ private:
         if (m_error.succeeded())
             keep(m_database.prepare("SELECT data FROM sample_column WHERE name=? AND chunk=?", select));
         if (m_error.failed()) return;
-        column.reserve(m_data.sample_callsites.size());
+        column.reserve(mostValues(chunks, sizeof(T)));
         for (std::int64_t chunk = 0; chunk < chunks && m_error.succeeded(); ++chunk) {
             select.bind(1, std::string_view(name)).bind(2, chunk);
             bool has_row = false;
@@ -362,6 +364,14 @@ private:
             select.reset();
             keep(canceledIf(m_progress));
         }
+    }
+
+    /// How many values the chunks may hold together. The file's size bounds it, whatever the file says.
+    std::size_t mostValues(std::int64_t chunks, std::size_t value_size) const {
+        std::error_code error;
+        const std::uintmax_t bytes = std::filesystem::file_size(m_path, error);
+        if (error) return 0;
+        return std::min(static_cast<std::size_t>(chunks) * column_chunk_values, bytes / value_size);
     }
 
     void readSamples() {
