@@ -320,6 +320,6 @@ int main(int argc, char** argv) {
     }
     report.print("bytes a row, 1 metric", bytesOfRow(1), 160);
     report.print("bytes a row, 2 metrics", bytesOfRow(2), 160);
-    report.note("bytes a row, 5 metrics", bytesOfRow(5), 160);
+    report.print("bytes a row, 5 metrics", bytesOfRow(5), 160);
     return report.allReached() ? 0 : 1;
 }

@@ -77,12 +77,7 @@ FOR_ALL_SIZES(sortByNumber);
 FOR_ALL_SIZES(sortByText);
 
 int main(int argc, char** argv) {
-    std::vector<char*> arguments(argv, argv + argc);
-    char repetitions[] = "--benchmark_repetitions=5";
-    char interleaved[] = "--benchmark_enable_random_interleaving=true";
-    arguments.insert(arguments.begin() + 1, {repetitions, interleaved});
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
+    initializeRepeated(argc, argv, 5);
     RatioReport report;
     benchmark::RunSpecifiedBenchmarks(&report);
     for (const char* rows : {"/10000", "/100000", "/1000000"}) {

@@ -2,15 +2,13 @@
 // The same run measures both; the ratios at the end are to stay below the limit.
 
 #include "basekit/variant_bag.h"
+#include "ratio_report.h"
 #include "transport/json_serialization.h"
 
 #include <benchmark/benchmark.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <algorithm>
-#include <cstdio>
-#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -155,33 +153,6 @@ void read_bag(benchmark::State& state) {
     count_bytes(state, text.size());
 }
 
-/// Prints what is measured and keeps the best run of each benchmark, in time of this process: others may be
-/// at work.
-class BestReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration) keep(run);
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    /// False if `name` takes more than `limit` times as long as `reference`.
-    bool check(const std::string& name, const std::string& reference, double limit) {
-        const double ratio = m_best[name] / m_best[reference];
-        std::printf("%s takes %.2f times %s, limit %.2f\n", name.c_str(), ratio, reference.c_str(), limit);
-        return ratio <= limit;
-    }
-
-private:
-    void keep(const Run& run) {
-        const double time = run.GetAdjustedCPUTime();
-        const auto [best, is_new] = m_best.try_emplace(run.run_name.function_name, time);
-        if (!is_new) best->second = std::min(best->second, time);
-    }
-
-    std::map<std::string, double> m_best;
-};
-
 } // namespace
 
 BENCHMARK(write_directly)->Unit(benchmark::kMillisecond);
@@ -190,15 +161,10 @@ BENCHMARK(write_bag_to_stream)->Unit(benchmark::kMillisecond);
 BENCHMARK(read_bag)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv) {
-    std::vector<char*> arguments(argv, argv + argc);
-    char repetitions[] = "--benchmark_repetitions=7";
-    char interleaved[] = "--benchmark_enable_random_interleaving=true";
-    arguments.insert(arguments.begin() + 1, {repetitions, interleaved});
-    int count = static_cast<int>(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    BestReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    const bool is_text_fast = reporter.check("write_bag_into_text", "write_directly", 1.8);
-    const bool is_stream_fast = reporter.check("write_bag_to_stream", "write_directly", 1.8);
-    return is_text_fast && is_stream_fast ? 0 : 1;
+    panedeck::bench::initializeRepeated(argc, argv, 7);
+    panedeck::bench::RatioReport report;
+    benchmark::RunSpecifiedBenchmarks(&report);
+    report.check("write_bag_into_text", "write_directly", 1.8);
+    report.check("write_bag_to_stream", "write_directly", 1.8);
+    return report.allReached() ? 0 : 1;
 }

@@ -4,12 +4,12 @@
 #include "dataface/input_data.h"
 #include "dataface/table_tree.h"
 #include "open_result.h"
+#include "ratio_report.h"
 #include "slicerkit/table_tree_query.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -227,37 +227,13 @@ BENCHMARK_CAPTURE(openWholeTree, bottomUp, "/Function/ParentCallStack", slicerki
 BENCHMARK(bareRead)->Unit(benchmark::kMillisecond);
 BENCHMARK(openAgain)->Unit(benchmark::kMillisecond);
 
-/// Keeps the processor times, which depend less on what else the machine does, to hold them against each
-/// other.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs)
-            m_times[run.benchmark_name()] = run.GetAdjustedCPUTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    /// False if both ran and the first took more than `most` times the second.
-    bool check(const std::string& name, const std::string& beside, double most) const {
-        const auto time = m_times.find(name), limit = m_times.find(beside);
-        if (time == m_times.end() || limit == m_times.end()) return true;
-        const double ratio = time->second / limit->second;
-        std::printf("%s: %.2f times %s (at most %.2f)\n", name.c_str(), ratio, beside.c_str(), most);
-        return ratio <= most;
-    }
-
-private:
-    std::map<std::string, double> m_times;
-};
-
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    const bool is_flat_fast =
-        reporter.check("firstFlatProfile/samples:10000000", "bareFlatProfile/samples:10000000", 1.5);
-    const bool is_open_fast = reporter.check("openAgain", "bareRead", 4);
-    return is_flat_fast && is_open_fast ? 0 : 1;
+    panedeck::bench::RatioReport report;
+    benchmark::RunSpecifiedBenchmarks(&report);
+    report.check("firstFlatProfile/samples:10000000", "bareFlatProfile/samples:10000000", 1.5);
+    report.check("openAgain", "bareRead", 4);
+    return report.allReached() ? 0 : 1;
 }

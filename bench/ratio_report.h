@@ -8,6 +8,7 @@
 #include <ctime>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace panedeck::bench {
 
@@ -28,25 +29,20 @@ public:
         print(name + " / " + beside, m_best[name] / m_best[beside], most);
     }
 
-    /// Prints how much a row costs more at the larger of two sizes.
+    /// The same for a figure per row at two sizes: how much a row costs more at the larger one.
     void checkGrowth(const std::string& name, std::size_t rows, std::size_t more_rows, double most) {
         const std::string small = name + "/" + std::to_string(rows);
         const std::string large = name + "/" + std::to_string(more_rows);
         if (!m_best.count(small) || !m_best.count(large)) return;
         const double growth =
             m_best[large] / m_best[small] * static_cast<double>(rows) / static_cast<double>(more_rows);
-        note(large + " per row / " + small, growth, most);
+        print(large + " per row / " + small, growth, most);
     }
 
     void print(const std::string& what, double figure, double most) {
-        m_all_reached = m_all_reached && figure <= most;
-        note(what, figure, most);
-    }
-
-    /// The same for a target that is known to be out of reach (docs/performance.md): it does not fail the
-    /// run.
-    static void note(const std::string& what, double figure, double most) {
-        std::printf("%-66s %9.2f of %8.2f%s\n", what.c_str(), figure, most, figure <= most ? "" : "  MISSED");
+        const bool reached = figure <= most;
+        m_all_reached = m_all_reached && reached;
+        std::printf("%-66s %9.2f of %8.2f%s\n", what.c_str(), figure, most, reached ? "" : "  MISSED");
     }
 
     bool allReached() const { return m_all_reached; }
@@ -93,6 +89,17 @@ void timeOnce(benchmark::State& state, const Prepare& prepare, const Work& work,
     const double start = clock();
     work();
     state.SetIterationTime(clock() - start);
+}
+
+/// Starts the library with each benchmark run `repetitions` times, all mixed, unless the command line says
+/// otherwise: what the machine does in between then hits all of them alike.
+inline void initializeRepeated(int argc, char** argv, int repetitions) {
+    std::vector<char*> arguments(argv, argv + argc);
+    std::string repeated = "--benchmark_repetitions=" + std::to_string(repetitions);
+    char interleaved[] = "--benchmark_enable_random_interleaving=true";
+    arguments.insert(arguments.begin() + 1, {repeated.data(), interleaved});
+    int count = static_cast<int>(arguments.size());
+    benchmark::Initialize(&count, arguments.data());
 }
 
 } // namespace panedeck::bench
