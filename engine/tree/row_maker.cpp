@@ -52,7 +52,7 @@ RowMaker::Origin RowMaker::originOf(RowIndex row) const {
     const RowTree::Record& record = *m_tree.m_rows[row];
     Origin origin;
     origin.row = row;
-    origin.slice = record.slice;
+    origin.slice = m_tree.sliceOf(row);
     origin.all_nodes = record.node_count == RowTree::all_nodes;
     origin.starts_recursion = isOnSampleLevels(row);
     if (origin.all_nodes) return origin;
@@ -430,19 +430,21 @@ RowRange RowMaker::append(const Origin& origin, std::size_t level) {
     const RowRange range{m_tree.m_rows.size(), static_cast<std::uint32_t>(m_candidates.size())};
     m_tree.m_rows.append(range.count);
     m_tree.m_cells.append(range.count);
+    if (m_tree.m_has_objects) m_tree.m_objects.append(range.count);
+    if (m_tree.m_has_slices) m_tree.m_row_slices.append(range.count);
     for (std::uint32_t i = 0; i < range.count; ++i) {
         const Candidate& candidate = m_candidates[i];
         auto* record = new (m_tree.m_rows[range.first + i]) RowTree::Record;
         record->parent = origin.row;
         record->value = candidate.value;
-        record->object = candidate.object;
-        record->slice = candidate.slice;
         record->first_node = candidate.first_node;
         record->node_count = candidate.node_count;
         record->level = static_cast<std::uint32_t>(level);
         record->first_child = 0;
         const bool is_leaf = isKnownLeaf(candidate, level);
         record->child_count.store(is_leaf ? 0 : RowTree::not_made, std::memory_order_relaxed);
+        if (m_tree.m_has_objects) *m_tree.m_objects[range.first + i] = candidate.object;
+        if (m_tree.m_has_slices) *m_tree.m_row_slices[range.first + i] = candidate.slice;
         std::memcpy(m_tree.m_cells[range.first + i], m_cells.data() + candidate.cells,
                     m_tree.cellsPerRow() * sizeof(Weight));
     }

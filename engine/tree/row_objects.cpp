@@ -3,8 +3,9 @@
 #include "tree/table_tree.h"
 #include "tree/tree_column.h"
 
-#include <cstdlib>
+#include <algorithm>
 #include <new>
+#include <utility>
 
 namespace panedeck::engine {
 
@@ -15,12 +16,8 @@ using RowPtr = bk2::sptr_t<dataface1::ITableRow>;
 } // namespace
 
 RowObjects::~RowObjects() {
-    for (auto& page : m_pages) {
-        if (!page) continue;
-        for (auto& block : *page)
-            std::free(block.load(std::memory_order_relaxed));
+    for (auto& page : m_pages)
         delete page.load(std::memory_order_relaxed);
-    }
 }
 
 TableRow* RowObjects::at(RowIndex row) {
@@ -34,26 +31,34 @@ TableRow* RowObjects::at(RowIndex row) {
     }
     std::atomic<Block*>& slot = (*page)[number % blocks_per_page];
     Block* block = slot.load(std::memory_order_acquire);
-    if (!block) {
-        Block* fresh = makeBlock(static_cast<RowIndex>(number * rows_per_block));
-        if (slot.compare_exchange_strong(block, fresh, std::memory_order_acq_rel))
-            block = fresh;
-        else
-            std::free(fresh);
-    }
+    if (!block) block = makeBlock(slot, static_cast<RowIndex>(number * rows_per_block));
     return block->row(row % rows_per_block);
 }
 
-RowObjects::Block* RowObjects::makeBlock(RowIndex first) const {
-    void* memory = std::aligned_alloc(block_bytes, block_bytes);
-    if (!memory) throw std::bad_alloc();
-    auto* block = new (memory) Block;
+RowObjects::Block* RowObjects::makeBlock(std::atomic<Block*>& slot, RowIndex first) {
+    const std::lock_guard lock(m_making);
+    if (Block* made = slot.load(std::memory_order_acquire)) return made;
+    auto* block = new (blockMemory()) Block;
     block->tree = &m_tree;
     block->first = first;
     // Rows have no state of their own, so that a block is freed without their destructors.
     for (std::size_t i = 0; i < rows_per_block; ++i)
         new (block->row(i)) TableRow;
+    slot.store(block, std::memory_order_release);
     return block;
+}
+
+void* RowObjects::blockMemory() {
+    if (m_blocks_left == 0) {
+        const std::size_t blocks = std::min(m_slabs.empty() ? 1 : m_last_slab * 2, largest_slab);
+        m_last_slab = blocks;
+        void* memory = bk2::allocate_array(blocks * block_bytes, block_bytes);
+        m_slabs.emplace_back(static_cast<std::byte*>(memory));
+        m_next_block = m_slabs.back().get();
+        m_blocks_left = blocks;
+    }
+    --m_blocks_left;
+    return std::exchange(m_next_block, m_next_block + block_bytes);
 }
 
 const RowObjects::Block& RowObjects::blockOf(const TableRow& row) {

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "basekit/large_pages.h"
 #include "dataface/table_tree.h"
 #include "tree/row_tree.h"
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <memory>
+#include <mutex>
+#include <vector>
 
 namespace panedeck::engine {
 
@@ -31,7 +35,7 @@ public:
 };
 
 /// The row objects of one tree: in blocks that are made when one of their rows is first asked for and never
-/// move, so the address of a row names it. Safe from any thread, without locks.
+/// move, so the address of a row names it. Safe from any thread; only making a block takes a lock.
 class RowObjects {
 public:
     explicit RowObjects(const TableTree& tree) : m_tree(tree) {}
@@ -57,15 +61,25 @@ private:
     };
     static_assert(sizeof(Block) <= block_bytes);
 
+    // Blocks are cut from slabs of 1, 2, 4 … blocks, up to a large page.
+    static constexpr std::size_t largest_slab = 512;
+
     static constexpr std::size_t blocks_per_page = 1024;
     using Page = std::array<std::atomic<Block*>, blocks_per_page>;
     static constexpr std::size_t pages = (std::size_t{1} << 28) / rows_per_block / blocks_per_page + 1;
 
     /// The block in which a row stands, by its address.
     static const Block& blockOf(const TableRow& row);
-    Block* makeBlock(RowIndex first) const;
+    /// The block that stands in the slot, made now if there is none.
+    Block* makeBlock(std::atomic<Block*>& slot, RowIndex first);
+    void* blockMemory();
 
     const TableTree& m_tree;
+    std::mutex m_making; ///< guards the slabs, and is held while a block is made
+    std::vector<std::unique_ptr<std::byte, bk2::free_array_t>> m_slabs;
+    std::size_t m_last_slab = 0;   ///< its size in blocks
+    std::size_t m_blocks_left = 0; ///< at its end
+    std::byte* m_next_block = nullptr;
     std::array<std::atomic<Page*>, pages> m_pages{};
 };
 

@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace panedeck::engine {
 
 namespace {
@@ -24,10 +26,20 @@ bk2::variant_t fullName(const ProfileStore& store, FunctionIndex function) {
     return bk2::variant_t(text);
 }
 
+/// Each row stands for all that the profile has of one value.
+bool isFlat(const RowTreeRequest& request) {
+    return request.path.size() == 1 && !isRecursive(request.path.front()) && !request.focus;
+}
+
+bool hasSampleLevel(const GroupingPath& path) {
+    return std::ranges::any_of(path, [](Segment segment) { return isSampleLevel(dimensionOf(segment)); });
+}
+
 } // namespace
 
 RowTree::RowTree(RowTreeRequest request)
     : m_request(std::move(request)), m_cells_per_row(2 * m_request.metrics.size()),
+      m_has_objects(!isFlat(m_request)), m_has_slices(hasSampleLevel(m_request.path)),
       m_slices(m_request.store, m_request.metrics, m_request.filter) {}
 
 bk2::error_code_t RowTree::makeTopRows(notifykit2::IProgress* progress) {

@@ -98,7 +98,7 @@ public:
     DimensionValue valueOf(RowIndex row) const { return m_rows[row]->value; }
     /// Identity of what the row stands for among the rows of its depth, the same in all trees of one result
     /// and path: the value, or for a row of a recursion the first of all stack nodes that it can stand for.
-    std::uint32_t objectOf(RowIndex row) const { return m_rows[row]->object; }
+    std::uint32_t objectOf(RowIndex row) const { return m_has_objects ? *m_objects[row] : valueOf(row); }
     /// Null text for the unknown value.
     const bk2::variant_t& textOf(RowIndex row) const;
 
@@ -142,15 +142,15 @@ private:
     struct Record {
         RowIndex parent;
         DimensionValue value;
-        std::uint32_t object;
-        SliceIndex slice;
         std::uint32_t first_node;      ///< in the pool
         std::uint32_t node_count : 28; ///< in the pool; `of_level` or `all_nodes` if the row has none there
         std::uint32_t level : 3;
         std::atomic<std::uint32_t> child_count; ///< `not_made`, or published after the children
         RowIndex first_child;
     };
-    static_assert(sizeof(Record) == 32);
+    static_assert(sizeof(Record) == 24);
+
+    SliceIndex sliceOf(RowIndex row) const { return m_has_slices ? *m_row_slices[row] : 0; }
 
     struct Expansion {
         std::size_t first_cell = 0;
@@ -161,9 +161,13 @@ private:
     RowRange m_top_rows;
     std::vector<Expansion> m_expansions;
     std::size_t m_cells_per_row = 0;
+    bool m_has_objects; ///< else a row's object is its value
+    bool m_has_slices;  ///< else all rows are of slice 0
 
     mutable StableArray<Record> m_rows;
     mutable StableArray<Weight> m_cells;
+    mutable StableArray<std::uint32_t> m_objects;
+    mutable StableArray<SliceIndex> m_row_slices;
 
     /// Guards what follows, and the growth of the arrays above.
     mutable std::mutex m_making;

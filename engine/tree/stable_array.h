@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
+#include "basekit/large_pages.h"
+
 #include <bit>
+#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <type_traits>
 #include <vector>
 
@@ -15,8 +15,8 @@ namespace panedeck::engine {
 /// appends. Entries are plain memory: not initialised, not destroyed. Whoever publishes an index must do so
 /// with release order.
 ///
-/// Segments double from 64 entries up to 64 Ki, then stay so: a small array is small, a large one wastes
-/// little.
+/// Segments double from 64 entries up to 256 Ki, then stay so: a small array is small, a large one wastes
+/// little and lies on large pages.
 template <class T>
 class StableArray {
 public:
@@ -47,18 +47,15 @@ public:
 
 private:
     static constexpr std::uint32_t smallest = 64;
-    static constexpr std::uint32_t largest = 65536;
-    static constexpr std::size_t growing_segments = 11; // [0, 64), [64, 128), [128, 256) … [32 Ki, 64 Ki)
+    static constexpr std::uint32_t largest = 256 * 1024;
+    static constexpr std::size_t growing_segments = 13; // [0, 64), [64, 128), [128, 256) … [128 Ki, 256 Ki)
     static constexpr std::size_t most_segments = growing_segments + (std::size_t{1} << 28) / largest;
 
     struct Place {
         std::size_t segment;
         std::size_t offset;
     };
-    struct Free {
-        void operator()(T* memory) const { std::free(memory); }
-    };
-    using Block = std::unique_ptr<T, Free>;
+    using Block = std::unique_ptr<T, bk2::free_array_t>;
 
     static Place placeOf(std::uint32_t index) {
         if (index < smallest) return {0, index};
@@ -72,9 +69,7 @@ private:
         return segment < growing_segments ? std::size_t{smallest} << (segment - 1) : largest;
     }
     static T* allocate(std::size_t entries) {
-        void* memory = std::malloc(entries * sizeof(T));
-        if (!memory) throw std::bad_alloc();
-        return static_cast<T*>(memory);
+        return static_cast<T*>(bk2::allocate_array(entries * sizeof(T)));
     }
 
     std::size_t m_width;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basekit/assertion.h"
+#include "basekit/large_pages.h"
 #include "gridmodel/index_translator.h"
 #include "gridmodel/row_state.h"
 #include "notifykit/progress.h"
@@ -27,6 +28,7 @@ template <class RowID, class Interface>
 class BaseHierarchicalModel : public Interface {
 public:
     using Record = RowRecord<RowID>;
+    using Rows = bk2::array_t<Record>;
     using Sortable = sortable_item_t<RowID>;
 
     /// The row's state; `RowLeaf` for an index out of range.
@@ -70,21 +72,28 @@ public:
         return isRowValid(row) ? m_rows[at(row)].id : RowID{};
     }
 
-    /// How many rows directly behind this one are deeper. Cost: those rows.
+    /// How many rows directly behind this one are deeper; 0 for an invalid row. Cost: those rows.
     int calcSubItems(int row) const {
+        if (!isRowValid(row)) return 0;
         int behind = row + 1;
         while (isRowValid(behind) && m_rows[at(behind)].level > m_rows[at(row)].level)
             ++behind;
         return behind - row - 1;
     }
 
-    /// Sorts the visible rows [first, last), siblings only: a child stays under its parent. For all rows the
-    /// index translator is active afterwards: call `onRowsChanged` and then `resetTranslators`.
+    /// Sorts the visible rows [first, last), siblings only: a child stays under its parent. A row above the
+    /// level of the first one ends the range. For all rows the index translator is active afterwards: call
+    /// `onRowsChanged` and then `resetTranslators`.
     void sortRows(int first, int last) {
         if (!isRowValid(first) || last < 0 || last > rowCount()) return;
+        const bool sortsAll = first == 0 && last == rowCount();
+        const auto isAbove = [level = getRowLevel(first)](const Record& row) { return row.level < level; };
+        if (last > first)
+            last = static_cast<int>(std::find_if(m_rows.begin() + first, m_rows.begin() + last, isAbove) -
+                                    m_rows.begin());
         std::vector<int> origins;
         if (last - first >= 2) sortForest(first, last, origins);
-        if (first == 0 && last == rowCount()) startVectorTranslator(origins);
+        if (sortsAll) startVectorTranslator(origins);
     }
 
     /// Sorts all visible rows and tells of it, even if there is none.
@@ -136,7 +145,7 @@ protected:
     /// Appends the visible rows below `parent` to `rows`, beside the model's own vector, so that they go in
     /// with one move. False if it was cancelled: that ends the loading, but of what is loaded all rows are
     /// made, for a row that is open must show all its children. A row without any is open no longer.
-    bool collectSubRows(Record& parent, std::vector<Record>& rows, notifykit2::IProgress* progress) {
+    bool collectSubRows(Record& parent, Rows& rows, notifykit2::IProgress* progress) {
         Groups open;
         openGroup(parent, open, progress);
         while (!open.empty()) {
@@ -154,19 +163,40 @@ protected:
     }
 
     /// Puts `rows` in place of all visible rows; the row at `followed` (-1: none) is now at `to`.
-    void replaceRows(std::vector<Record> rows, int followed, int to) {
+    void replaceRows(Rows rows, int followed, int to) {
         setRows(std::move(rows));
         m_follow_translator.set(followed, to);
         announce(m_follow_translator);
     }
 
     /// Puts `rows` in place of all visible rows and tells nobody.
-    void setRows(std::vector<Record> rows) {
+    void setRows(Rows rows) {
         m_rows = std::move(rows);
-        // A vector that grew has up to twice the room that it needs: for a million rows, many megabytes.
-        if (m_rows.capacity() - m_rows.size() > m_rows.size() / 8) m_rows.shrink_to_fit();
+        trim();
     }
-    const std::vector<Record>& rows() const { return m_rows; }
+
+    /// Closes all rows: one pass. The top rows stay in their order; `closed` is called with the id of each
+    /// row that was open. The row at `followed` (-1: none) is followed to its top row.
+    template <class Closed>
+    void closeAllRows(int followed, const Closed& closed) {
+        std::size_t kept = 0;
+        int to = followed;
+        for (std::size_t row = 0; row < m_rows.size(); ++row) {
+            Record record = m_rows[row];
+            if (record.state == RowExpanded) {
+                closed(record.id);
+                record.state = RowCollapsed;
+            }
+            if (record.level == 0) m_rows[kept++] = record;
+            if (static_cast<int>(row) == followed) to = static_cast<int>(kept) - 1;
+        }
+        m_rows.resize(kept);
+        trim();
+        m_follow_translator.set(followed, to);
+        announce(m_follow_translator);
+    }
+
+    const Rows& rows() const { return m_rows; }
 
 private:
     /// Siblings that are being walked.
@@ -198,6 +228,11 @@ private:
 
     static std::size_t at(int row) { return static_cast<std::size_t>(row); }
 
+    /// A vector that grew has up to twice the room that it needs: for a million rows, many megabytes.
+    void trim() {
+        if (m_rows.capacity() - m_rows.size() > m_rows.size() / 8) m_rows.shrink_to_fit();
+    }
+
     void openGroup(Record& parent, Groups& open, notifykit2::IProgress* progress) {
         Group& group = open.push(parent.level + 1);
         const int count = addSubRows(parent.id, group.siblings, progress);
@@ -214,7 +249,7 @@ private:
         if (m_rows[at(row)].state == RowExpanded) return {row, 0};
         Record opened = m_rows[at(row)];
         opened.state = RowExpanded;
-        std::vector<Record> added;
+        Rows added;
         const bool finished = collectSubRows(opened, added, progress);
         m_rows[at(row)].state = opened.state;
         m_rows.insert(m_rows.begin() + row + 1, added.begin(), added.end());
@@ -246,7 +281,7 @@ private:
     /// Fills `origins` with the old index of each row of the range in its new order.
     void sortForest(int first, int last, std::vector<int>& origins) {
         const std::vector<int> ends = subtreeEnds(first, last);
-        std::vector<Record> sorted;
+        Rows sorted;
         sorted.reserve(at(last - first));
         origins.reserve(at(last - first));
         Groups open;
@@ -295,7 +330,7 @@ private:
         m_active_translator = &m_vector_translator;
     }
 
-    std::vector<Record> m_rows;
+    Rows m_rows;
     const IIndexTranslator* m_active_translator = nullptr;
     AddRemoveTranslator m_add_remove_translator;
     VectorTranslator m_vector_translator;

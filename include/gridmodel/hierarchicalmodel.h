@@ -1,8 +1,9 @@
 #pragma once
 
 #include "gridmodel/basehierarchicalmodel.h"
+#include "gridmodel/item_store.h"
 
-#include <deque>
+#include <cstdint>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -15,14 +16,25 @@ namespace panedeck {
 /// An item never moves. Its children are loaded at most once and then stay until the model is cleared:
 /// closing a row frees nothing, and opening it again asks the provider for nothing.
 template <class Obj>
-struct HierarchicalItem {
-    using List = std::vector<HierarchicalItem>;
+class HierarchicalItem {
+public:
+    using List = ItemList<HierarchicalItem>;
 
     Obj data{};
     HierarchicalItem* parent = nullptr; ///< null only at the root
-    List* children = nullptr;           ///< null until children were loaded
-    bool expanded = false;              ///< wants its children visible, also while an ancestor is closed
-    bool hasChildren = true;            ///< cleared once a load found none
+
+    /// Null until children were loaded.
+    List* children() const { return reinterpret_cast<List*>(std::uintptr_t{m_children} << list_shift); }
+    void setChildren(List* list) { m_children = reinterpret_cast<std::uintptr_t>(list) >> list_shift; }
+
+private:
+    // The flags take the bits of the list's address that are always 0: with a million rows each word counts.
+    static constexpr int list_shift = 3;
+    std::uintptr_t m_children : 61 = 0;
+
+public:
+    std::uintptr_t expanded : 1 = false;   ///< wants its children visible, also while an ancestor is closed
+    std::uintptr_t hasChildren : 1 = true; ///< cleared once a load found none
 };
 
 /// A tree of items that are loaded on demand, under the flat vector of its visible rows. `Obj` is what an
@@ -33,6 +45,7 @@ public:
     using Item = HierarchicalItem<Obj>;
     using Base = BaseHierarchicalModel<Item*, Interface>;
     using typename Base::Record;
+    using typename Base::Rows;
     using typename Base::Sortable;
 
     HierarchicalModel() { resetRoot(); }
@@ -47,7 +60,8 @@ public:
     /// Also frees all items.
     void clear() override {
         Base::clear();
-        m_lists.clear();
+        m_items.clear();
+        std::vector<Obj>().swap(m_loaded);
         resetRoot();
     }
 
@@ -81,11 +95,11 @@ public:
                 return "row " + std::to_string(row) + " and its item disagree on being open";
             path.push_back(record.id);
             ++shown[record.id->parent];
-            if (record.state == RowExpanded && !record.id->children)
+            if (record.state == RowExpanded && !record.id->children())
                 return "row " + std::to_string(row) + " is open but was never loaded";
         }
         for (const auto& [parent, count] : shown)
-            if (count != parent->children->size()) return "a row shows only some of its children";
+            if (count != parent->children()->size()) return "a row shows only some of its children";
         return {};
     }
 
@@ -98,41 +112,46 @@ protected:
     /// Loads the items below `parent` if that was never done; the answer of `addNewItems`, or the number of
     /// items at hand.
     int loadItems(Item& parent, notifykit2::IProgress* progress) {
-        if (parent.children) return static_cast<int>(parent.children->size());
+        if (parent.children()) return static_cast<int>(parent.children()->size());
         if (!parent.hasChildren) return 0;
-        m_loaded.clear();
         const int count = addNewItems(&parent == &m_root ? nullptr : &parent.data, m_loaded, progress);
-        if (count < 0 || notifykit2::is_canceled(progress)) return count < 0 ? count : 0;
-        if (m_loaded.empty()) {
-            parent.hasChildren = false;
-            return 0;
-        }
-        storeItems(parent);
-        return count;
+        const bool isComplete = count >= 0 && !notifykit2::is_canceled(progress);
+        if (isComplete && m_loaded.empty()) parent.hasChildren = false;
+        if (isComplete && !m_loaded.empty()) storeItems(parent);
+        releaseLoaded();
+        return isComplete || count < 0 ? count : 0;
     }
 
     /// Loads the top items and makes their rows, sorted if a sort is set. The model was cleared before.
     int loadTopRows(notifykit2::IProgress* progress) {
         const int count = loadItems(m_root, progress);
         if (count <= 0) return count;
-        std::vector<Record> top;
+        Rows top;
         Record root{RowExpanded, -1, &m_root};
         this->collectSubRows(root, top, progress);
         this->setRows(std::move(top));
         return count;
     }
 
-    /// Makes all visible rows anew from the items' flags: one pass, whatever changed. The row at `followed`
-    /// is followed to its new place, or to its nearest visible ancestor.
-    void rebuildRows(int followed) {
-        const Item* item = this->isRowValid(followed) ? this->getRowID(followed) : nullptr;
-        std::vector<Record> made = makeRows();
-        const int to = item ? visibleRowOf(made, item) : followed;
+    /// Shows the children of all visible rows whose items want it since their flags were set: one pass over
+    /// the rows, however many are opened. What is open already keeps its order. The row at `followed` is
+    /// followed to its new place.
+    void openWantedRows(int followed) {
+        int to = followed;
+        Rows made = makeWantedRows(to);
         this->replaceRows(std::move(made), followed, to);
     }
 
     /// The same, announced to nobody: for work that was cancelled half way.
-    void rebuildRowsQuietly() { this->setRows(makeRows()); }
+    void openWantedRowsQuietly() {
+        int unused = -1;
+        this->setRows(makeWantedRows(unused));
+    }
+
+    /// Closes all rows: see the base.
+    void closeAllRows(int followed) {
+        Base::closeAllRows(followed, [](Item* item) { item->expanded = false; });
+    }
 
     int addSubRows(Item* const& parent, std::vector<Sortable>& children,
                    notifykit2::IProgress* progress) override {
@@ -142,8 +161,8 @@ protected:
             if (parent->hasChildren && parent->parent) parent->expanded = false;
             return count;
         }
-        children.reserve(parent->children->size());
-        for (Item& child : *parent->children)
+        children.reserve(parent->children()->size());
+        for (Item& child : *parent->children())
             children.push_back({&child, stateOf(child), 0});
         return count;
     }
@@ -162,11 +181,23 @@ protected:
     Item& root() { return m_root; }
 
 private:
-    // Not cancellable: the items' flags are set, and rows that disagree with them would stay wrong.
-    std::vector<Record> makeRows() {
-        std::vector<Record> made;
-        Record root{RowExpanded, -1, &m_root};
-        this->collectSubRows(root, made, nullptr);
+    /// Moves the index `followed` along. Not cancellable: the items' flags are set, and rows that disagree
+    /// with them would stay wrong.
+    Rows makeWantedRows(int& followed) {
+        const int before = followed;
+        Rows made;
+        made.reserve(m_items.size()); // what no row comes to lie in is never touched
+        for (int row = 0; row < this->rowCount(); ++row) {
+            Record record = this->rows()[static_cast<std::size_t>(row)];
+            const std::size_t place = made.size();
+            if (row == before) followed = static_cast<int>(place);
+            made.push_back(record);
+            if (record.state == RowExpanded || !record.id->expanded) continue;
+            made[place].state = RowExpanded;
+            Record opened = made[place];
+            this->collectSubRows(opened, made, nullptr);
+            made[place].state = opened.state;
+        }
         return made;
     }
 
@@ -176,28 +207,18 @@ private:
     }
 
     void storeItems(Item& parent) {
-        constexpr std::size_t most_kept = 4096;
-        auto& list = m_lists.emplace_back();
-        list.reserve(m_loaded.size());
-        for (Obj& data : m_loaded)
-            list.push_back({std::move(data), &parent, nullptr, false, true});
-        parent.children = &list;
-        m_loaded.clear();
-        if (m_loaded.capacity() > most_kept) std::vector<Obj>().swap(m_loaded);
+        parent.setChildren(&m_items.add(m_loaded.size(), [&](std::size_t index) {
+            Item item;
+            item.data = std::move(m_loaded[index]);
+            item.parent = &parent;
+            return item;
+        }));
     }
 
-    /// The row of an item, or of its nearest visible ancestor; -1 if none shows. One pass over the rows.
-    static int visibleRowOf(const std::vector<Record>& rows, const Item* item) {
-        std::vector<const Item*> line;
-        for (; item && item->parent; item = item->parent)
-            line.push_back(item);
-        int found = -1;
-        for (std::size_t row = 0; row < rows.size(); ++row) {
-            const std::size_t level = static_cast<std::size_t>(rows[row].level);
-            if (level < line.size() && line[line.size() - 1 - level] == rows[row].id)
-                found = static_cast<int>(row);
-        }
-        return found;
+    void releaseLoaded() {
+        constexpr std::size_t most_kept = 4096;
+        m_loaded.clear();
+        if (m_loaded.capacity() > most_kept) std::vector<Obj>().swap(m_loaded);
     }
 
     void resetRoot() {
@@ -205,8 +226,7 @@ private:
         m_root.expanded = true;
     }
 
-    // In creation order; lists never move, and none holds another, so freeing them does not recurse.
-    std::deque<typename Item::List> m_lists;
+    ItemStore<Item> m_items;
     std::vector<Obj> m_loaded; ///< on the way from the provider into a list; empty between two loads
     Item m_root;
 };

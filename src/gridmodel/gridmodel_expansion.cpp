@@ -102,11 +102,11 @@ bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::I
     std::vector<Siblings> path{{&root(), 0}};
     while (!path.empty()) {
         Siblings& siblings = path.back();
-        if (!siblings.parent->children || siblings.next == siblings.parent->children->size()) {
+        if (!siblings.parent->children() || siblings.next == siblings.parent->children()->size()) {
             path.pop_back();
             continue;
         }
-        Item& item = (*siblings.parent->children)[siblings.next++];
+        Item& item = (*siblings.parent->children())[siblings.next++];
         if (notifykit2::is_canceled(progress)) return false;
         if (!loadItem(item, loaded, progress)) return false;
         if (levels == 0 || static_cast<int>(path.size()) < levels) path.push_back({&item, 0});
@@ -115,7 +115,7 @@ bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::I
 }
 
 bool GridModel::loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
-    if (item.hasChildren && !item.children) {
+    if (item.hasChildren && !item.children()) {
         const std::uint64_t generation = m_generation;
         const RowPtr row = item.data;
         preloadChildRows(row, progress);
@@ -133,9 +133,9 @@ void GridModel::showOpened(const std::vector<Item*>& opened, bool finished) {
     for (Item* item : opened)
         item->expanded = true;
     if (finished)
-        rebuildRows(getCurrentRow());
+        openWantedRows(getCurrentRow());
     else
-        rebuildRowsQuietly();
+        openWantedRowsQuietly();
 }
 
 void GridModel::expandSelectedRows(notifykit2::IProgress* progress) {
@@ -167,11 +167,8 @@ bool GridModel::loadSelected(const std::vector<Item*>& selected, std::vector<Ite
 void GridModel::collapseAllRows(notifykit2::IProgress* progress) {
     m_searchHelper.reset();
     if (notifykit2::is_canceled(progress)) return;
-    // Items lie anywhere in memory: only those that matter are looked at.
-    for (int row = 0; row < getRowCount(); ++row)
-        if (getRowState(row) == RowExpanded) getItemByRow(row)->expanded = false;
     if (!m_selectedRows->empty()) moveSelectionToTopRows();
-    rebuildRows(getCurrentRow());
+    closeAllRows(getCurrentRow());
 }
 
 void GridModel::moveSelectionToTopRows() {

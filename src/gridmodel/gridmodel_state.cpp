@@ -91,7 +91,7 @@ public:
     /// False if something of the state is not back: it was cancelled, or rows could not be read.
     bool run() {
         std::vector<Place> level;
-        m_failed = !m_grid.root().children && m_grid.root().hasChildren;
+        m_failed = !m_grid.root().children() && m_grid.root().hasChildren;
         addChildren(m_grid.root(), 0, level);
         while (!level.empty()) {
             std::vector<Place> open = selectOpen(level);
@@ -116,8 +116,8 @@ private:
     };
 
     static void addChildren(Item& parent, int level, std::vector<Place>& places) {
-        if (!parent.children) return;
-        for (Item& child : *parent.children)
+        if (!parent.children()) return;
+        for (Item& child : *parent.children())
             places.push_back({&child, level, -1});
     }
 
@@ -154,7 +154,7 @@ private:
     bool preload(const std::vector<Place>& places) {
         std::vector<RowPtr> rows;
         for (const Place& place : places)
-            if (!place.item->children && !m_grid.areChildrenAtHand(*place.item->data))
+            if (!place.item->children() && !m_grid.areChildrenAtHand(*place.item->data))
                 rows.push_back(place.item->data);
         if (rows.empty()) return true;
         const std::uint64_t generation = m_grid.m_generation;
