@@ -21,13 +21,12 @@ public:
     BaseGridViewRequestHandler(IEventDispatcher* eventDispatcher,
                                std::shared_ptr<IFileSystemCallbacks> fileSystemCallbacks,
                                std::shared_ptr<IViewerCallbacks> viewerCallbacks);
-    virtual ~BaseGridViewRequestHandler();
-
     /// Serves `copyRowsToClipboard`, `exportToCsv` and `search`, taking the model's lock. The non-failing
     /// status for every other text: the request is still to be served.
     virtual bk2::error_code_t handleRequest(const std::string& requestType, const bk2::variant_bag_t& request,
                                             bk2::variant_bag_t& answer, const bk2::sptr_t<GridModel>& model,
                                             notifykit2::IProgress* progress);
+    virtual ~BaseGridViewRequestHandler();
 
     /// Opens or closes rows. The caller holds the model's lock. The window stays the model's own; `params`
     /// only names the row. Fails if the model has no valid window; a cancel is no failure here.

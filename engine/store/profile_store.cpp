@@ -200,6 +200,7 @@ bk2::error_code_t ProfileStore::weightsOf(std::size_t metric, const std::shared_
     weights = {shared, &shared->weights};
     const std::lock_guard lock(m_sharing);
     m_shared.push_back(shared);
+    if (!filter) m_unfiltered.try_emplace(metric, shared);
     return {};
 }
 

@@ -10,6 +10,7 @@
 #include "store/weight.h"
 
 #include <array>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -92,7 +93,8 @@ public:
     Weight sumOfMetric(std::size_t metric) const;
 
     /// One metric's weights by stack node over the samples of `filter`, over all of them if it is null. Trees
-    /// of one filter share them as long as one of the trees lives. Polls `progress`.
+    /// of one filter share them as long as one of the trees lives; those of all samples stay. Polls
+    /// `progress`.
     bk2::error_code_t weightsOf(std::size_t metric, const std::shared_ptr<const SampleBits>& filter,
                                 notifykit2::IProgress* progress,
                                 std::shared_ptr<const MetricWeights>& weights) const;
@@ -125,6 +127,8 @@ private:
     mutable std::vector<Weight> m_sums;
     mutable std::mutex m_sharing;
     mutable std::vector<std::weak_ptr<const SharedWeights>> m_shared;
+    /// Those of all samples, by metric: every pane shows them, again and again.
+    mutable std::map<std::size_t, std::shared_ptr<const SharedWeights>> m_unfiltered;
 };
 
 } // namespace panedeck::engine

@@ -30,6 +30,7 @@ public:
     using Record = RowRecord<RowID>;
     using Rows = bk2::array_t<Record>;
     using Sortable = sortable_item_t<RowID>;
+    using Siblings = bk2::array_t<Sortable>;
 
     /// The row's state; `RowLeaf` for an index out of range.
     RowState getRowState(int row) const override { return isRowValid(row) ? m_rows[at(row)].state : RowLeaf; }
@@ -91,14 +92,14 @@ public:
         if (last > first)
             last = static_cast<int>(std::find_if(m_rows.begin() + first, m_rows.begin() + last, isAbove) -
                                     m_rows.begin());
-        std::vector<int> origins;
+        bk2::array_t<int> origins;
         if (last - first >= 2) sortForest(first, last, origins);
         if (sortsAll) startVectorTranslator(origins);
     }
 
     /// Sorts all visible rows and tells of it, even if there is none.
     void sortAllRows() {
-        std::vector<int> origins;
+        bk2::array_t<int> origins;
         if (rowCount() >= 2) sortForest(0, rowCount(), origins);
         startVectorTranslator(origins);
         onRowsChanged();
@@ -130,11 +131,10 @@ protected:
     /// Appends the children of a row to `children`, in the provider's order and with the states that they are
     /// to show, loading them if that was never done. Gives their number: 0 for none and on cancel, -1 if they
     /// could not be read.
-    virtual int addSubRows(const RowID& parent, std::vector<Sortable>& children,
-                           notifykit2::IProgress* progress) = 0;
+    virtual int addSubRows(const RowID& parent, Siblings& children, notifykit2::IProgress* progress) = 0;
 
     /// Orders one group of siblings by `compareRows`.
-    virtual void sortSiblings(std::vector<Sortable>& siblings) const {
+    virtual void sortSiblings(Siblings& siblings) const {
         std::sort(siblings.begin(), siblings.end(),
                   [this](const Sortable& a, const Sortable& b) { return compareRows(a, b); });
     }
@@ -201,7 +201,7 @@ protected:
 private:
     /// Siblings that are being walked.
     struct Group {
-        std::vector<Sortable> siblings;
+        Siblings siblings;
         std::size_t next = 0;
         int level = 0;
     };
@@ -279,8 +279,8 @@ private:
     }
 
     /// Fills `origins` with the old index of each row of the range in its new order.
-    void sortForest(int first, int last, std::vector<int>& origins) {
-        const std::vector<int> ends = subtreeEnds(first, last);
+    void sortForest(int first, int last, bk2::array_t<int>& origins) {
+        const bk2::array_t<int> ends = subtreeEnds(first, last);
         Rows sorted;
         sorted.reserve(at(last - first));
         origins.reserve(at(last - first));
@@ -302,8 +302,8 @@ private:
     }
 
     /// For each row of the range the index behind the last row of its subtree.
-    std::vector<int> subtreeEnds(int first, int last) const {
-        std::vector<int> ends(at(last - first), last);
+    bk2::array_t<int> subtreeEnds(int first, int last) const {
+        bk2::array_t<int> ends(at(last - first), last);
         std::vector<int> parents;
         for (int row = first; row < last; ++row) {
             while (!parents.empty() && m_rows[at(parents.back())].level >= m_rows[at(row)].level) {
@@ -315,15 +315,15 @@ private:
         return ends;
     }
 
-    void openSiblings(int begin, int end, int first, const std::vector<int>& ends, Groups& open) const {
+    void openSiblings(int begin, int end, int first, const bk2::array_t<int>& ends, Groups& open) const {
         Group& group = open.push(m_rows[at(begin)].level);
         for (int row = begin; row < end; row = ends[at(row - first)])
             group.siblings.push_back({m_rows[at(row)].id, m_rows[at(row)].state, row});
         if (group.siblings.size() >= 2) sortSiblings(group.siblings);
     }
 
-    void startVectorTranslator(const std::vector<int>& origins) {
-        std::vector<int>& mapping = m_vector_translator.mapping();
+    void startVectorTranslator(const bk2::array_t<int>& origins) {
+        bk2::array_t<int>& mapping = m_vector_translator.mapping();
         mapping.resize(origins.size());
         for (std::size_t position = 0; position < origins.size(); ++position)
             mapping[at(origins[position])] = static_cast<int>(position);

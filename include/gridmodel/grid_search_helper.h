@@ -2,7 +2,9 @@
 
 #include "basekit/api.h"
 #include "basekit/error_code.h"
+#include "basekit/sptr.h"
 #include "basekit/variant_bag.h"
+#include "dataface/table_tree.h"
 #include "notifykit/progress.h"
 #include "portkit/ustring8.h"
 
@@ -19,8 +21,6 @@ class GridModel;
 /// Finds a text in cells and keeps the hits.
 class PANEDECK_API ISearchHelper {
 public:
-    virtual ~ISearchHelper();
-
     /// True if there is no cell with a hit.
     virtual bool empty() const = 0;
     virtual void setSearchKey(const std::string& key) = 0;
@@ -34,6 +34,30 @@ public:
     virtual void reset() = 0;
 
     static std::shared_ptr<ISearchHelper> create();
+
+    virtual ~ISearchHelper();
+};
+
+/// Runs over consecutive visible rows of a model.
+class PANEDECK_API GridRowIterator {
+public:
+    /// At the row `currentIndex` of the rows from `startIndex` up to `endIndex`; -1 is the end.
+    GridRowIterator(const GridModel* model, int startIndex, int endIndex, int currentIndex)
+        : m_model(model), m_startIndex(startIndex), m_endIndex(endIndex), m_currentIndex(currentIndex) {}
+
+    /// The row; null at the end, which is asserted, and for a row that the model does not have.
+    bk2::sptr_t<dataface1::ITableRow> operator*() const;
+    GridRowIterator& operator++() {
+        m_currentIndex = m_currentIndex + 1 < m_endIndex ? m_currentIndex + 1 : -1;
+        return *this;
+    }
+    bool operator==(const GridRowIterator& other) const { return m_currentIndex == other.m_currentIndex; }
+
+private:
+    const GridModel* m_model;
+    int m_startIndex;
+    int m_endIndex;
+    int m_currentIndex;
 };
 
 /// A view of some consecutive visible rows of a model.
@@ -42,9 +66,16 @@ public:
     GridRowContainer(const GridModel* model, int startIndex, int count)
         : m_model(model), m_startIndex(startIndex), m_endIndex(startIndex + count) {}
 
-    const GridModel* model() const { return m_model; }
     int startIndex() const { return m_startIndex; }
     int endIndex() const { return m_endIndex; }
+
+    GridRowIterator begin() const { return from(m_startIndex); }
+    GridRowIterator end() const { return {m_model, m_startIndex, m_endIndex, -1}; }
+    /// At that row, or the end if it is not one of them.
+    GridRowIterator from(int index) const {
+        const bool isInside = index >= m_startIndex && index < m_endIndex;
+        return {m_model, m_startIndex, m_endIndex, isInside ? index : -1};
+    }
 
 private:
     const GridModel* m_model;
@@ -76,8 +107,9 @@ public:
     void reset() override;
 
     /// Searches all cells of `rows` and `columns`, replacing what was found before; an empty key only clears.
-    /// Polls cancel once per row: then nothing is kept and the cancelled error comes back. Cost: rows times
-    /// columns, each cell formatted once.
+    /// Polls cancel once per row: then nothing is kept and the cancelled error comes back. A cell whose text
+    /// is not UTF-8 ends the search with a failure, and nothing is kept either. Cost: rows times columns,
+    /// each cell formatted once.
     bk2::error_code_t search(const GridModel* model, const GridRowContainer& rows,
                              const std::vector<std::shared_ptr<GridColumn>>& columns, const std::string& key,
                              notifykit2::IProgress* progress);

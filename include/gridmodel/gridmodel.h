@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -57,7 +58,7 @@ public:
 
     private:
         bk2::sptr_t<GridModel> m_grid;
-        GridLock m_lock;
+        std::optional<GridLock> m_lock;
     };
 
     /// Gives the model mutex up for a long read, see `GridDataLock`.
@@ -225,7 +226,7 @@ protected:
 
     int addNewItems(const RowPtr* parentData, std::vector<RowPtr>& children,
                     notifykit2::IProgress* progress) override;
-    void sortSiblings(std::vector<Sortable>& siblings) const override;
+    void sortSiblings(Siblings& siblings) const override;
 
 private:
     using RowIds = boost::unordered_flat_set<std::uint64_t>;
@@ -237,6 +238,8 @@ private:
     friend class Lock;
     friend class DBLock;
 
+    /// Makes the provider compute the rows of a tree while others are served from the old ones.
+    bk2::error_code_t readNewRows(const dataface1::ITableTree& tree, notifykit2::IProgress* progress) const;
     /// These three give false if the top rows could not be read.
     bool replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
                      std::shared_ptr<dataface1::ITableTreeHelper> helper, notifykit2::IProgress* progress);
@@ -251,13 +254,19 @@ private:
     void saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
                          notifykit2::IProgress* progress) const;
     void addUnrestored(GridRowState& state) const;
+    // What a person does after a restoration that was cancelled counts more than what was to be restored.
+    void forgetUnrestored(const Item& closed);
+    void forgetUnrestoredRows();
+    void forgetUnrestoredFocus();
     bool preloadChildRows(const RowPtr& row, notifykit2::IProgress* progress) const;
     /// True if reading the row's children takes no time, so that no lock needs to be given up for it.
     bool areChildrenAtHand(const dataface1::ITableRow& row) const;
-    bool readTopRows(notifykit2::IProgress* progress) const;
+    bool readTopChains(notifykit2::IProgress* progress) const;
     static bool readChildRows(const RowPtr& row, bool chains, notifykit2::IProgress* progress);
     /// Has the provider read what folding will look at below these rows, later and with the model mutex held.
     static void readChains(bk2::iterator_ptr_t<RowPtr> rows, notifykit2::IProgress* progress);
+    /// The row object of a visible row, without another reference to it.
+    const RowPtr& shownRow(int row) const { return getRowID(row)->data; }
     ExpandedRows collapse(int row, const RowPtr& rowPtr, notifykit2::IProgress* progress);
     // Opening many rows first loads them all, with the lock given up now and then, and opens them only after
     // that: whoever gets the lock meanwhile finds rows and items in agreement. False if the work ended early;
@@ -279,9 +288,9 @@ private:
                                          const GridColumn& column);
     void saveCellToVBag(const dataface1::ITableRow& row, int level, const GridColumn& column,
                         PercentBaseRow& baseRow, bk2::variant_bag_t& cell) const;
-    static void fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end);
-    void readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column, bool& descending,
-                        std::vector<bk2::variant_t>& values) const;
+    static void fetchAhead(const Siblings& siblings, std::size_t position, std::size_t end);
+    void readSortValues(const Siblings& siblings, const GridColumn& column, bool& descending,
+                        bk2::array_t<bk2::variant_t>& values) const;
     static bk2::variant_t readSortValue(const dataface1::ITableRow& row, const GridColumn& column,
                                         int contents, const RawValues& raw);
     bk2::variant_t sortValue(const dataface1::ITableRow& row, const GridColumn& column,
@@ -313,7 +322,7 @@ private:
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
     // What the last restoration was to bring back, if it was cancelled or failed: the next one tries again.
-    std::shared_ptr<const GridRowState> m_unrestored;
+    std::shared_ptr<GridRowState> m_unrestored;
     GridSearchHelper m_searchHelper;
     std::shared_ptr<SelectedItems<RowPtr>> m_selectedRows;
 };

@@ -46,6 +46,7 @@ public:
     using Base = BaseHierarchicalModel<Item*, Interface>;
     using typename Base::Record;
     using typename Base::Rows;
+    using typename Base::Siblings;
     using typename Base::Sortable;
 
     HierarchicalModel() { resetRoot(); }
@@ -109,6 +110,9 @@ protected:
     virtual int addNewItems(const Obj* parentData, std::vector<Obj>& children,
                             notifykit2::IProgress* progress) = 0;
 
+    /// True if the items below `parent` were never loaded and there may be some.
+    static bool isLoadWanted(const Item& parent) { return parent.hasChildren && !parent.children(); }
+
     /// Loads the items below `parent` if that was never done; the answer of `addNewItems`, or the number of
     /// items at hand.
     int loadItems(Item& parent, notifykit2::IProgress* progress) {
@@ -153,8 +157,7 @@ protected:
         Base::closeAllRows(followed, [](Item* item) { item->expanded = false; });
     }
 
-    int addSubRows(Item* const& parent, std::vector<Sortable>& children,
-                   notifykit2::IProgress* progress) override {
+    int addSubRows(Item* const& parent, Siblings& children, notifykit2::IProgress* progress) override {
         const int count = loadItems(*parent, progress);
         if (count <= 0) {
             // Unless it has none, it can be opened again.

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "basekit/api.h"
-
-#include <vector>
+#include "basekit/large_pages.h"
 
 namespace panedeck {
 
@@ -35,11 +34,11 @@ private:
 /// Rows were put into another order: holds old index to new index. An index outside keeps its place.
 class PANEDECK_API VectorTranslator : public IIndexTranslator {
 public:
-    std::vector<int>& mapping() { return m_mapping; }
+    bk2::array_t<int>& mapping() { return m_mapping; }
     int translate(int index, bool* deleted) const override;
 
 private:
-    std::vector<int> m_mapping;
+    bk2::array_t<int> m_mapping;
 };
 
 /// All rows were made anew and only one was followed to its new place; every other index keeps its number.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basekit/assertion.h"
+#include "basekit/large_pages.h"
 #include "gridmodel/index_translator.h"
 
 #include <boost/unordered/unordered_flat_set.hpp>
@@ -31,7 +32,8 @@ class SelectedItems {
 public:
     /// Gives the item of a visible row, an empty one past the last row and before the first.
     using ItemGetter = std::function<Item(int row)>;
-    using Set = boost::unordered_flat_set<Item, std::hash<Item>>;
+    using Set =
+        boost::unordered_flat_set<Item, std::hash<Item>, std::equal_to<Item>, bk2::array_allocator_t<Item>>;
 
     explicit SelectedItems(ItemGetter getter) : m_getter(std::move(getter)) {}
 

@@ -32,8 +32,7 @@ private:
     std::ofstream m_fileStream;
     char m_separator;
     bool m_atLineStart = false;
-    bool m_told = false; ///< that it fails was logged: a full disk needs no line for each cell
-    std::string m_item;  ///< reused from item to item
+    std::string m_item; ///< reused from item to item
 };
 
 /// Never null; an unopened stream shows in `hasValidFileStream`.

@@ -129,7 +129,10 @@ error_code_t GridViewRequestHandler::refresh(const GridViewParams& params, const
                                              variant_bag_t& answer, notifykit2::IProgress* progress) {
     int queryType = slicerkit1::query_bottom_up;
     bk2::sptr_t<dataface1::ITableTree> tree;
-    if (const auto code = runQuery(request, queryType, tree, progress); code.failed()) return code;
+    // Rows may be computed with it until the end of the refresh.
+    TempFilter tempFilter(getFilterMgr());
+    if (const auto code = runQuery(request, tempFilter, queryType, tree, progress); code.failed())
+        return code;
     if (!tree) tree = bk2::make_sptr<EmptyTableTree>();
     Model model = m_gridModels.find(params.gridId);
     if (!model)
@@ -138,11 +141,10 @@ error_code_t GridViewRequestHandler::refresh(const GridViewParams& params, const
     return fillModel(model, tree, params, request, answer, progress);
 }
 
-error_code_t GridViewRequestHandler::runQuery(const variant_bag_t& request, int& queryType,
-                                              bk2::sptr_t<dataface1::ITableTree>& tree,
+error_code_t GridViewRequestHandler::runQuery(const variant_bag_t& request, TempFilter& tempFilter,
+                                              int& queryType, bk2::sptr_t<dataface1::ITableTree>& tree,
                                               notifykit2::IProgress* progress) {
     int queryFlags = 0;
-    TempFilter tempFilter(getFilterMgr());
     bk2::sptr_t<slicerkit1::ITableTreeQuery> query;
     if (const auto code = prepareQuery(query, queryType, queryFlags, request, tempFilter, progress);
         code.failed())

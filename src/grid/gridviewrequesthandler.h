@@ -43,7 +43,7 @@ private:
                                       notifykit2::IProgress* progress);
     bk2::error_code_t refresh(const GridViewParams& params, const bk2::variant_bag_t& request,
                               bk2::variant_bag_t& answer, notifykit2::IProgress* progress);
-    bk2::error_code_t runQuery(const bk2::variant_bag_t& request, int& queryType,
+    bk2::error_code_t runQuery(const bk2::variant_bag_t& request, TempFilter& tempFilter, int& queryType,
                                bk2::sptr_t<dataface1::ITableTree>& tree, notifykit2::IProgress* progress);
     bk2::error_code_t fillModel(const Model& model, const bk2::sptr_t<dataface1::ITableTree>& tree,
                                 const GridViewParams& params, const bk2::variant_bag_t& request,

@@ -88,11 +88,12 @@ bool ChainRow::isRecursive(const RowPtr& row) {
     return infoQuery && !infoQuery->getRecursionText().empty();
 }
 
-ChainRow::RowPtr ChainRow::getSingleChildRowOrNull(const RowPtr& parent) {
+ChainRow::RowPtr ChainRow::getSingleChildRowOrNull(const RowPtr& parent, notifykit2::IProgress* progress) {
     PANEDECK_EXPECT(parent, "parent");
     if (!parent) return nullptr;
     bk2::iterator_ptr_t<RowPtr> children;
-    const int status = parent->getChildRows(children, nullptr, true);
+    const int status = parent->getChildRows(children, progress, true);
+    if (notifykit2::is_canceled(progress)) return nullptr;
     PANEDECK_EXPECT(status != dataface1::ITreeNode::ecsfError, "status != dataface1::ITreeNode::ecsfError");
     if (status == dataface1::ITreeNode::ecsfError || !children || children->at_end()) return nullptr;
     RowPtr onlyChild = children->current();

@@ -13,7 +13,7 @@ class GridColumn;
 
 /// A run of single children with the same numbers, folded into one row: the numbers of its first row, the
 /// children of its last, and a text that joins the frames. Immutable after construction.
-class ChainRow : public bk2::ref_counted_t<ChainRow, bk2::mt_ref_count_impl_t, dataface1::ITableRow> {
+class ChainRow final : public bk2::ref_counted_t<ChainRow, bk2::mt_ref_count_impl_t, dataface1::ITableRow> {
 public:
     using RowPtr = bk2::sptr_t<dataface1::ITableRow>;
 
@@ -25,7 +25,7 @@ public:
     /// True for a row of a call tree.
     static bool isRecursive(const RowPtr& row);
     /// Null if there is none, more than one, or the children could not be read.
-    static RowPtr getSingleChildRowOrNull(const RowPtr& parent);
+    static RowPtr getSingleChildRowOrNull(const RowPtr& parent, notifykit2::IProgress* progress = nullptr);
     /// True if all data columns agree.
     static bool containSameData(const RowPtr& row1, const RowPtr& row2);
 

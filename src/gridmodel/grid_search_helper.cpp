@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstring>
+#include <string_view>
 #include <utility>
 
 namespace panedeck {
@@ -23,6 +25,13 @@ int countCharacters(std::string_view text) {
     return static_cast<int>(std::count_if(text.begin(), text.end(), startsCharacter));
 }
 
+/// Where the key stands in the text, from `begin` on; `npos` if nowhere. Linear in the text whatever the key.
+std::size_t findFrom(std::string_view text, std::string_view key, std::size_t begin) {
+    const void* found = ::memmem(text.data() + begin, text.size() - begin, key.data(), key.size());
+    return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
+                 : std::string_view::npos;
+}
+
 /// True if both ends of the match lie between characters.
 bool isWholeCharacters(std::string_view text, std::size_t begin, std::size_t end) {
     return startsCharacter(text[begin]) && (end == text.size() || startsCharacter(text[end]));
@@ -32,20 +41,23 @@ bool isWholeCharacters(std::string_view text, std::size_t begin, std::size_t end
 /// far apart in memory: reading one cell of each in a row lets the machine wait for many of them at once.
 class RowReader {
 public:
-    RowReader(const GridModel& model, const std::vector<std::shared_ptr<GridColumn>>& columns)
-        : m_model(model), m_columns(columns), m_values(columns.size() * most_rows) {}
+    RowReader(const GridModel& model, const GridRowContainer& rows,
+              const std::vector<std::shared_ptr<GridColumn>>& columns)
+        : m_model(model), m_container(rows), m_columns(columns), m_values(columns.size() * most_rows) {}
 
     bool has(int index) const { return index >= m_first && index < m_first + m_count; }
 
-    /// Reads rows from `first` on, at most up to `end`; false if there is no such row.
-    bool read(int first, int end) {
+    /// Reads some rows from `first` on; false if there is no such row.
+    bool read(int first) {
         m_first = first;
-        for (m_count = 0; m_count < most_rows && first + m_count < end; ++m_count) {
-            GridModel::RowPtr& row = m_rows[static_cast<std::size_t>(m_count)];
-            row = m_model.getRowByIndex(first + m_count);
-            if (!row) break;
+        m_count = 0;
+        for (auto row = m_container.from(first); row != m_container.end() && m_count < most_rows; ++row) {
+            m_rows[static_cast<std::size_t>(m_count)] = *row;
+            if (!m_rows[static_cast<std::size_t>(m_count)]) break;
+            ++m_count;
         }
-        for (int index = first + m_count; index < std::min(first + 2 * m_count, end); ++index)
+        const int next = std::min(first + 2 * m_count, m_model.getRowCount());
+        for (int index = first + m_count; index < next; ++index)
             __builtin_prefetch(m_model.getRowID(index));
         for (std::size_t place = 0; place < m_columns.size(); ++place)
             for (int index = first; index < first + m_count; ++index)
@@ -66,6 +78,7 @@ private:
     }
 
     const GridModel& m_model;
+    const GridRowContainer& m_container;
     const std::vector<std::shared_ptr<GridColumn>>& m_columns;
     std::array<GridModel::RowPtr, most_rows> m_rows;
     std::vector<variant_t> m_values;
@@ -76,6 +89,12 @@ private:
 } // namespace
 
 ISearchHelper::~ISearchHelper() = default;
+
+GridModel::RowPtr GridRowIterator::operator*() const {
+    const bool isInside = m_currentIndex >= m_startIndex && m_currentIndex < m_endIndex;
+    PANEDECK_EXPECT(isInside, "m_currentIndex >= m_startIndex && m_currentIndex < m_endIndex");
+    return isInside ? m_model->getRowByIndex(m_currentIndex) : nullptr;
+}
 
 std::shared_ptr<ISearchHelper> ISearchHelper::create() {
     return std::make_shared<GridSearchHelper>();
@@ -94,15 +113,15 @@ void GridSearchHelper::search(int row, int column, const std::string& text, cons
     FoundCell cell{row, column, {}};
     std::size_t counted = 0;
     int characters = 0;
-    for (std::size_t at = folded.find(key); at != std::string::npos;) {
+    for (std::size_t at = findFrom(folded, key, 0); at != std::string::npos;) {
         if (!isWholeCharacters(folded, at, at + key.size())) {
-            at = folded.find(key, at + 1);
+            at = findFrom(folded, key, at + 1);
             continue;
         }
         characters += countCharacters(std::string_view(folded).substr(counted, at - counted));
         counted = at;
         cell.entries.push_back({characters, characters + countCharacters(key), ++m_foundItemCount});
-        at = folded.find(key, at + key.size());
+        at = findFrom(folded, key, at + key.size());
     }
     if (!cell.entries.empty()) m_foundCells.push_back(std::move(cell));
 }
@@ -118,16 +137,21 @@ bk2::error_code_t GridSearchHelper::search(const GridModel* model, const GridRow
     const ustring8 lowerKey = portkit2::lower_case(key);
     for (const auto& column : columns)
         PANEDECK_REQUIRE(column, "column", bk2::kinds::is_not_valid_state, "column");
-    RowReader reader(*model, columns);
+    RowReader reader(*model, rows, columns);
     std::string text;
     for (int index = rows.startIndex(); index < rows.endIndex(); ++index) {
         if (!reader.has(index)) {
-            PANEDECK_REQUIRE(reader.read(index, rows.endIndex()), "row", bk2::kinds::is_not_valid_state,
-                             "row");
+            PANEDECK_REQUIRE(reader.read(index), "row", bk2::kinds::is_not_valid_state, "row");
         }
         const int level = model->getRowLevel(index);
         for (std::size_t place = 0; place < columns.size(); ++place) {
             columns[place]->formatValue(reader.row(index), reader.value(index, place), text, level);
+            if (!portkit2::is_valid_utf8(text)) {
+                reset();
+                return bk2::error_code_t::raise(bk2::kinds::is_not_valid_data,
+                                                "A cell's text is not UTF-8: " + portkit2::repair_utf8(text),
+                                                __func__, __LINE__);
+            }
             search(index, columns[place]->getIndex(), text, lowerKey);
         }
         if (notifykit2::is_canceled(progress)) {

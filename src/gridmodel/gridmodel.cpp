@@ -37,7 +37,10 @@ GridModel::GridModel(GridType gridType, const portkit2::catalog_t* catalog,
 
 GridModel::~GridModel() = default;
 
-GridModel::Lock::Lock(bk2::sptr_t<GridModel> grid) : m_grid(std::move(grid)), m_lock(m_grid->m_mutexes) {}
+GridModel::Lock::Lock(bk2::sptr_t<GridModel> grid) : m_grid(std::move(grid)) {
+    PANEDECK_EXPECT(!m_grid.is_null(), "!grid.is_null()");
+    if (m_grid) m_lock.emplace(m_grid->m_mutexes);
+}
 
 GridModel::DBLock::DBLock(const GridModel& grid) : m_lock(grid.m_mutexes) {}
 
@@ -46,26 +49,35 @@ bk2::error_code_t GridModel::init(const bk2::sptr_t<dataface1::ITableTree>& tree
                                   const SortingInfo& sortingInfo, notifykit2::IProgress* progress) {
     PANEDECK_REQUIRE(tree, "tt", bk2::kinds::is_not_valid_pointer, "tt");
     auto helper = dataface1::createTableTreeHelper(tree);
-    const bool chains = m_stackMode == ChainMode;
-    {
-        // Makes the provider compute the rows while others are served from the old ones.
-        DBLock reading(*this);
-        const auto rows = tree->getRows(progress);
-        if (rows && chains) readChains(rows->clone(), progress);
-        if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
-        PANEDECK_REQUIRE(rows, "rows", bk2::kinds::failed_to_get_the_object, "rows");
-    }
+    PANEDECK_PASS_ON(readNewRows(*tree, progress));
+    const std::uint64_t generation = m_generation + 1; // of the rows that are now made
     const bool loaded = viewParams.grouping == m_viewParams.grouping
                             ? replaceTree(tree, std::move(helper), progress)
                             : replaceGrouping(tree, std::move(helper), sortingInfo, progress);
-    if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
+    // While rows were opened again, another refresh may have put its own tree in: that one counts.
+    if (notifykit2::is_canceled(progress) || m_tree != tree) return bk2::error_code_t::canceled();
     PANEDECK_REQUIRE(loaded, "loaded", bk2::kinds::failed_to_get_the_object, "rows");
 
     m_viewParams = viewParams;
     propagateColumnMaxValues(m_columns);
-    if (stackMode != KeepStackMode) m_stackMode = stackMode;
+    if (stackMode != KeepStackMode && generation == m_generation) m_stackMode = stackMode;
     if (viewParams.expandLevels > 0) expandRowsRecursively(progress, viewParams.expandLevels);
     if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
+    return bk2::error_code_t::success();
+}
+
+bk2::error_code_t GridModel::readNewRows(const dataface1::ITableTree& tree,
+                                         notifykit2::IProgress* progress) const {
+    bool chains = false;
+    // Once more if the mode was changed to chains meanwhile.
+    do {
+        chains = m_stackMode == ChainMode;
+        DBLock reading(*this);
+        const auto rows = tree.getRows(progress);
+        if (rows && chains) readChains(rows->clone(), progress);
+        if (notifykit2::is_canceled(progress)) return bk2::error_code_t::canceled();
+        PANEDECK_REQUIRE(rows, "rows", bk2::kinds::failed_to_get_the_object, "rows");
+    } while (!chains && m_stackMode == ChainMode);
     return bk2::error_code_t::success();
 }
 
@@ -77,10 +89,10 @@ bool GridModel::replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
     {
         GridStateGuard keepsState(*this, progress);
         cleanup(tree, std::move(helper), unused, progress);
+        // The columns are new; the formats that were chosen for their forerunners stay, and order the rows.
+        updateColumnFormat(m_columns, m_columnHierarchy);
         loaded = loadNewRows(progress);
     }
-    // The columns are new; the formats that were chosen for their forerunners stay.
-    updateColumnFormat(m_columns, m_columnHierarchy);
     return loaded;
 }
 

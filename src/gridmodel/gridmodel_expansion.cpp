@@ -12,6 +12,8 @@ void GridModel::expandRow(int row, bool expand, notifykit2::IProgress* progress)
     // Another request may replace the parameters while the lock is given up.
     GridViewParams params = m_viewParams;
     const ExpandedRows expanded = onExpandRow(row, expand, progress);
+    // Hits of a search that got the lock meanwhile were in other rows.
+    m_searchHelper.reset();
     params.expandedRow = expanded.row;
     params.expandedCount = expanded.gained;
     m_viewParams = std::move(params);
@@ -27,7 +29,7 @@ ExpandedRows GridModel::onExpandRow(int row, bool expand, notifykit2::IProgress*
     const RowPtr rowPtr = getRowByIndex(row);
     if (!rowPtr) return {};
 
-    preloadChildRows(rowPtr, progress);
+    if (isLoadWanted(*getItemByRow(row))) preloadChildRows(rowPtr, progress);
     if (notifykit2::is_canceled(progress)) return {};
     // The rows may have moved meanwhile. A row that left the window stays closed; its children are loaded.
     const int index = getRowIndexById(row, id, false);
@@ -42,7 +44,8 @@ ExpandedRows GridModel::collapse(int row, const RowPtr& rowPtr, notifykit2::IPro
     // its selection up.
     SelectedItems<RowPtr>::Set hidden;
     for (int below = row + 1, end = row + calcSubItems(row); below <= end; ++below)
-        if (m_selectedRows->isSelected(getRowByIndex(below))) hidden.insert(getRowByIndex(below));
+        if (isSelected(below)) hidden.insert(shownRow(below));
+    forgetUnrestored(*getItemByRow(row));
     Model::onExpandRow(row, false, progress);
     if (notifykit2::is_canceled(progress)) return {};
     if (!hidden.empty()) moveSelectionFromChildrenToCollapsedParent(hidden, rowPtr);
@@ -95,13 +98,13 @@ void GridModel::expandRowsRecursively(notifykit2::IProgress* progress, int level
 }
 
 bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
-    struct Siblings {
+    struct Step {
         Item* parent;
         std::size_t next;
     };
-    std::vector<Siblings> path{{&root(), 0}};
+    std::vector<Step> path{{&root(), 0}};
     while (!path.empty()) {
-        Siblings& siblings = path.back();
+        Step& siblings = path.back();
         if (!siblings.parent->children() || siblings.next == siblings.parent->children()->size()) {
             path.pop_back();
             continue;
@@ -115,10 +118,13 @@ bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::I
 }
 
 bool GridModel::loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
-    if (item.hasChildren && !item.children()) {
+    if (isLoadWanted(item)) {
         const std::uint64_t generation = m_generation;
         const RowPtr row = item.data;
-        preloadChildRows(row, progress);
+        {
+            ExpandingGuard showsWaiting(m_expandingRows, getRowIdByPtr(row.get()));
+            preloadChildRows(row, progress);
+        }
         // A refresh in between has freed the items.
         if (generation != m_generation || notifykit2::is_canceled(progress)) return false;
         const int count = loadItems(item, progress);
@@ -130,6 +136,7 @@ bool GridModel::loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IPr
 }
 
 void GridModel::showOpened(const std::vector<Item*>& opened, bool finished) {
+    m_searchHelper.reset();
     for (Item* item : opened)
         item->expanded = true;
     if (finished)
@@ -168,6 +175,7 @@ void GridModel::collapseAllRows(notifykit2::IProgress* progress) {
     m_searchHelper.reset();
     if (notifykit2::is_canceled(progress)) return;
     if (!m_selectedRows->empty()) moveSelectionToTopRows();
+    forgetUnrestoredRows();
     closeAllRows(getCurrentRow());
 }
 
@@ -176,9 +184,8 @@ void GridModel::moveSelectionToTopRows() {
     RowPtr top;
     bool moved = false;
     for (int row = 0; row < getRowCount(); ++row) {
-        const RowPtr& item = getItemByRow(row)->data;
-        if (getRowLevel(row) == 0) top = item;
-        if (!m_selectedRows->isSelected(item)) continue;
+        if (getRowLevel(row) == 0) top = shownRow(row);
+        if (!isSelected(row)) continue;
         moved = moved || getRowLevel(row) > 0;
         remaining.insert(top);
     }

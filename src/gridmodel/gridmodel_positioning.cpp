@@ -46,6 +46,7 @@ bk2::error_code_t GridModel::processPositioning() {
     PANEDECK_EXPECT(findRow(rowToSelect).succeeded(), "findRow(rowToSelect).succeeded()");
     if (rowToSelect >= 0) {
         m_selectedRows->process(rowToSelect, SelectSetSingle);
+        forgetUnrestoredFocus();
         m_footerRow.reset();
     }
     return bk2::error_code_t::success();

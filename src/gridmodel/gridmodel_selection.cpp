@@ -12,6 +12,7 @@ bk2::error_code_t GridModel::processRowSelection(int row, std::uint64_t rowId, i
                                         __func__, __LINE__);
     if (type == SelectAll) m_selectedRows->reserve(static_cast<std::size_t>(rowCount()));
     m_selectedRows->process(row, type);
+    forgetUnrestoredFocus();
     return createFooterRow();
 }
 
@@ -21,7 +22,7 @@ void GridModel::clearSelection() {
 }
 
 bool GridModel::isSelected(int row) const {
-    return m_selectedRows->isSelected(getRowByIndex(row));
+    return isRowValid(row) && m_selectedRows->isSelected(shownRow(row));
 }
 
 int GridModel::getCurrentRow() const {
@@ -64,7 +65,9 @@ bk2::error_code_t GridModel::getSelectedProviderRows(std::vector<RowPtr>& rows) 
         PANEDECK_REQUIRE(selectedRow, "selectedRow", bk2::kinds::is_not_valid_state,
                          "GridModel.m_selectedRows");
         RowPtr provided;
-        PANEDECK_PASS_ON(getChainedTableRow(selectedRow, provided));
+        const bk2::error_code_t err = getChainedTableRow(selectedRow, provided);
+        PANEDECK_EXPECT(err.succeeded(), "err.succeeded()");
+        if (err.failed()) return err;
         rows.push_back(std::move(provided));
     }
     return bk2::error_code_t::success();

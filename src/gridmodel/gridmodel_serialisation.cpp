@@ -41,7 +41,10 @@ void GridModel::saveRegularRowToVBag(int row, bk2::variant_bag_t& bag) const {
     rowBag.append_value("selected", bk2::variant_t(isSelected(row)));
     rowBag.append_value("isDivable", bk2::variant_t(isRowDivable(row)));
     bk2::variant_t objectid;
-    if (const auto column = getGroupingColumn()) rowKey(*rowPtr, *column, objectid);
+    // A folded row is known by its first one, as it is when what is open is saved.
+    RowPtr provided;
+    const auto column = getGroupingColumn();
+    if (column && getChainedTableRow(rowPtr, provided).succeeded()) rowKey(*provided, *column, objectid);
     rowBag.append_value("objectid", std::move(objectid));
     addExtraRowAttributes(*rowPtr, rowBag);
     saveRowDataToVBag(*rowPtr, level, rowBag);

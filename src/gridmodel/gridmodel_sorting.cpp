@@ -66,27 +66,27 @@ bk2::error_code_t GridModel::sort(const SortingCondition& condition) {
     return bk2::error_code_t::success();
 }
 
-void GridModel::sortSiblings(std::vector<Sortable>& siblings) const {
+void GridModel::sortSiblings(Siblings& siblings) const {
     const auto index = static_cast<std::size_t>(m_sorting.getColumnIndex());
     if (index >= m_columns.size()) return;
     bool descending = m_sorting.isDescending();
     readSortValues(siblings, *m_columns[index], descending, m_siblingOrder->values(siblings.size()));
-    const std::vector<Sortable> unsorted(siblings);
-    const std::vector<std::uint32_t>& order = m_siblingOrder->sort(descending);
+    const Siblings unsorted(siblings);
+    const bk2::array_t<std::uint32_t>& order = m_siblingOrder->sort(descending);
     for (std::size_t i = 0; i < siblings.size(); ++i)
         siblings[i] = unsorted[order[i]];
     m_siblingOrder->clear();
 }
 
 // After another sort, siblings lie anywhere in memory: the machine is to look for some while it reads others.
-void GridModel::fetchAhead(const std::vector<Sortable>& siblings, std::size_t position, std::size_t end) {
+void GridModel::fetchAhead(const Siblings& siblings, std::size_t position, std::size_t end) {
     constexpr std::size_t items_ahead = 24, rows_ahead = 12;
     if (position + items_ahead < end) __builtin_prefetch(siblings[position + items_ahead].id);
     if (position + rows_ahead < end) __builtin_prefetch(siblings[position + rows_ahead].id->data.get());
 }
 
-void GridModel::readSortValues(const std::vector<Sortable>& siblings, const GridColumn& column,
-                               bool& descending, std::vector<bk2::variant_t>& values) const {
+void GridModel::readSortValues(const Siblings& siblings, const GridColumn& column, bool& descending,
+                               bk2::array_t<bk2::variant_t>& values) const {
     // Made before several threads read with it.
     const RawValues& raw = column.getRawValues();
     SortContents contents(*this, column);

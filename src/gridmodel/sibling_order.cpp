@@ -121,12 +121,12 @@ private:
 
 } // namespace
 
-std::vector<bk2::variant_t>& SiblingOrder::values(std::size_t count) {
+bk2::array_t<bk2::variant_t>& SiblingOrder::values(std::size_t count) {
     m_values.resize(count);
     return m_values;
 }
 
-const std::vector<std::uint32_t>& SiblingOrder::sort(bool descending) {
+const bk2::array_t<std::uint32_t>& SiblingOrder::sort(bool descending) {
     bool has_text = false, has_inexact = false;
     for (const bk2::variant_t& value : m_values) {
         has_text = has_text || value.is_narrow_text() || value.is_wide_text();

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "basekit/large_pages.h"
 #include "basekit/variant.h"
 
 #include <cstdint>
-#include <vector>
 
 namespace panedeck {
 
@@ -21,10 +21,10 @@ namespace panedeck {
 class SiblingOrder {
 public:
     /// Room for the values of the next group; all are to be set.
-    std::vector<bk2::variant_t>& values(std::size_t count);
+    bk2::array_t<bk2::variant_t>& values(std::size_t count);
 
     /// The indexes of the values in their order; good until the next group.
-    const std::vector<std::uint32_t>& sort(bool descending);
+    const bk2::array_t<std::uint32_t>& sort(bool descending);
 
     /// Gives back the memory of a large group, and lets go of all values.
     void clear();
@@ -41,9 +41,9 @@ private:
     void sortKeys(bool descending);
     void countKeys(bool descending);
 
-    std::vector<bk2::variant_t> m_values;
-    std::vector<Key> m_keys;
-    std::vector<std::uint32_t> m_sorted;
+    bk2::array_t<bk2::variant_t> m_values;
+    bk2::array_t<Key> m_keys;
+    bk2::array_t<std::uint32_t> m_sorted;
     std::uint64_t m_limit = 0; ///< above all keys if they are few, else 0
 };
 

@@ -28,8 +28,6 @@ CSVWriter::CSVWriter(const std::string& filePath, char separator)
     : m_fileStream(filePath, std::ios::out | std::ios::trunc | std::ios::binary), m_separator(separator) {}
 
 void CSVWriter::checkStream() {
-    if (m_told) return;
-    m_told = m_fileStream.fail();
     PANEDECK_EXPECT(!m_fileStream.fail(), "!m_fileStream.fail()");
 }
 

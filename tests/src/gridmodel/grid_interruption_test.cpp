@@ -353,6 +353,12 @@ TEST(GridLocks, ARowThatMovedMeanwhileIsOpenedInTheWindowOnly) {
     }
 }
 
+/// Another refresh may put its own rows in while this one reads: then this one counts as cancelled.
+void refreshBesideOthers(InterruptedGrid& grid, const std::string& grouping) {
+    const bk2::error_code_t code = grid.refresh(grouping, 0, nullptr);
+    EXPECT_TRUE(code.succeeded() || code.is_canceled()) << code.as_string(1);
+}
+
 TEST(GridLocks, ManyAskAtTheSameTime) {
     LogCapture silent(static_cast<logkit1::level_t>(50000));
     InterruptedGrid grid;
@@ -363,7 +369,7 @@ TEST(GridLocks, ManyAskAtTheSameTime) {
             const int row = static_cast<int>(random() % 8);
             switch (random() % 12) {
             case 0:
-                EXPECT_TRUE(grid.refresh(random() % 4 ? "/CallStack" : "/Function", 0, nullptr).succeeded());
+                refreshBesideOthers(grid, random() % 4 ? "/CallStack" : "/Function");
                 break;
             case 1:
                 grid.model->toggleStackMode(random() % 2 ? ChainMode : TreeMode, nullptr);

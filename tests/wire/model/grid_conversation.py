@@ -177,7 +177,7 @@ class GridConversation:
         node = row.nodes[0]
         known = self._object_ids.setdefault((oracle.grouping, node.path), actual["objectid"])
         if len(self._results) == 2:  # objects of two results have nothing in common but what they show
-            known = oracle.text(row)
+            known = node.name
         self._expect(actual["objectid"], known, f"the object of row {index}")
         return actual
 

@@ -242,6 +242,8 @@ class GridOracle:
     # --- Opening and closing ---
 
     def _open(self, row: Row) -> None:
+        if self._is_open(row):
+            return
         if row.children is None:
             row.children = self._make_rows(row.nodes[-1], row)
         row.expanded = True
@@ -256,8 +258,7 @@ class GridOracle:
         """Opens a row; how many rows that brings."""
         self.search_key = None
         before = len(self.rows())
-        if not self._is_open(row):
-            self._open(row)
+        self._open(row)
         return len(self.rows()) - before
 
     def close(self, row: Row) -> None:
@@ -285,7 +286,6 @@ class GridOracle:
         self.search_key = None
         for row in self.selected:
             self._open(row)
-        self._show_anew(self.root)
 
     def close_all(self) -> None:
         self.search_key = None
@@ -296,7 +296,6 @@ class GridOracle:
         self.current = top_of(self.current) if self.current else None
         for row in shown:
             row.expanded = False
-        self._show_anew(self.root)
 
     # --- The rest ---
 
