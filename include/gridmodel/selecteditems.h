@@ -4,10 +4,13 @@
 #include "basekit/large_pages.h"
 #include "gridmodel/index_translator.h"
 
-#include <boost/unordered/unordered_flat_set.hpp>
-
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <iterator>
+#include <tsl/ordered_set.h>
 #include <utility>
 
 namespace panedeck {
@@ -22,6 +25,18 @@ enum SelectionType : int {
     SelectClear = 5,     ///< nothing; the current row is none
 };
 
+/// Hashes a pointer by its address. Eight that lie side by side in memory do so in a set too, so that rows
+/// that are selected as they stand in the grid share what has to be fetched of the set's memory.
+struct AddressHash {
+    template <class Pointer>
+    std::size_t operator()(const Pointer& pointer) const {
+        constexpr std::size_t neighbours = 8;
+        const std::size_t place = reinterpret_cast<std::uintptr_t>(pointer.get()) / alignof(void*);
+        const std::size_t mixed = place / neighbours * 0x9e3779b97f4a7c15u;
+        return ((mixed ^ mixed >> 32) & ~(neighbours - 1)) | place % neighbours;
+    }
+};
+
 /// The selection of a grid. It holds items, not indexes, so it survives any change of the visible rows, and a
 /// reference to each item, so a selected row outlives its place in the model. Only the current row is an
 /// index, kept valid by `translateIndexes`.
@@ -32,8 +47,10 @@ class SelectedItems {
 public:
     /// Gives the item of a visible row, an empty one past the last row and before the first.
     using ItemGetter = std::function<Item(int row)>;
-    using Set =
-        boost::unordered_flat_set<Item, std::hash<Item>, std::equal_to<Item>, bk2::array_allocator_t<Item>>;
+    /// Keeps the order in which items were put in: rows that were selected as they stand in the grid are read
+    /// in that order too, and not all over the memory.
+    using Set = tsl::ordered_set<Item, AddressHash, std::equal_to<Item>, bk2::array_allocator_t<Item>,
+                                 bk2::array_t<Item>>;
 
     explicit SelectedItems(ItemGetter getter) : m_getter(std::move(getter)) {}
 
@@ -81,8 +98,11 @@ public:
     /// Puts `replacement` in for each item that `leaves` names; true if there was one.
     template <class Predicate>
     bool replaceIf(const Predicate& leaves, const Item& replacement) {
-        if (boost::unordered::erase_if(m_items, leaves) == 0) return false;
-        m_items.insert(replacement);
+        Set kept;
+        std::ranges::remove_copy_if(m_items, std::inserter(kept, kept.end()), leaves);
+        if (kept.size() == m_items.size()) return false;
+        kept.insert(replacement);
+        m_items = std::move(kept);
         m_changed = true;
         return true;
     }
@@ -131,16 +151,22 @@ private:
 
     void addAll() {
         m_items.clear();
-        for (int row = 0;; ++row) {
-            Item item = m_getter(row);
-            if (!item) return;
-            m_items.insert(std::move(item));
+        // Counting a reference makes the processor wait for all that it has stored before, and the set stores
+        // all over the memory: some items are fetched first and put in after.
+        std::array<Item, 64> some;
+        for (int row = 0;;) {
+            std::size_t count = 0;
+            while (count < some.size() && (some[count] = m_getter(row)))
+                ++count, ++row;
+            for (std::size_t i = 0; i < count; ++i)
+                m_items.insert(std::move(some[i]));
+            if (count < some.size()) return;
         }
     }
 
     void toggle(int row) {
         Item item = m_getter(row);
-        if (m_items.erase(item) == 0) m_items.insert(std::move(item));
+        if (m_items.unordered_erase(item) == 0) m_items.insert(std::move(item));
         m_current_row = row;
     }
 

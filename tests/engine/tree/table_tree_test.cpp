@@ -272,6 +272,30 @@ TEST(TableTree, RowsAreTheSameObjectsAndKeepTheTree) {
     EXPECT_FALSE(child->getValue(other->getColumns(nullptr)->current().get(), cell_value, text));
 }
 
+/// More rows than stand side by side in memory.
+TEST(TableTree, ManyRowsAreTheSameObjects) {
+    constexpr std::int64_t count = 5000;
+    std::string text;
+    for (std::int64_t i = count; i > 0; --i)
+        text += "f" + std::to_string(i) + " " + std::to_string(i) + "\n";
+    const EngineSession session(text);
+    bk2::sptr_t<ITableTree> tree;
+    ASSERT_TRUE(session.run(question("/Function", query_flat_profile), tree).succeeded());
+    const auto columns = columnsOf(tree);
+    const auto once = rowsOf(tree->getRows(nullptr)), twice = rowsOf(tree->getRows(nullptr));
+    std::set<const ITableRow*> objects;
+    for (std::size_t i = 0; i < once.size(); ++i) {
+        EXPECT_EQ(once[i].get(), twice[i].get());
+        objects.insert(once[i].get());
+        bk2::variant_t name, weight;
+        EXPECT_TRUE(once[i]->getValue(columns.front().get(), cell_value, name));
+        EXPECT_TRUE(once[i]->getValue(columns.back().get(), cell_value, weight));
+        EXPECT_EQ(weight, bk2::variant_t(count - static_cast<std::int64_t>(i)));
+        EXPECT_EQ(name, bk2::variant_t("f" + bk2::get_value_string(weight)));
+    }
+    EXPECT_EQ(objects.size(), once.size());
+}
+
 TEST(TableTree, ProbesForChildrenWithoutMakingThem) {
     const EngineSession session(program);
     bk2::sptr_t<ITableTree> tree;
