@@ -86,7 +86,7 @@ private:
     StringInterner m_names;
     StringInterner m_modules;
     StringInterner m_source_files;
-    std::vector<FunctionRecord> m_functions;
+    bk2::array_t<FunctionRecord> m_functions;
     HashIndex m_function_lookup;
     std::vector<FunctionIndex> m_function_by_name; ///< functions known by name alone, 0 is none yet
     StackTreeBuilder m_tree;

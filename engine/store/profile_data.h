@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basekit/api.h"
+#include "basekit/large_pages.h"
 
 #include <cstdint>
 #include <numeric>
@@ -67,7 +68,7 @@ struct ProfileData {
     std::vector<std::string> source_files; ///< source paths or urls
     std::vector<ProcessRecord> processes;
     std::vector<ThreadRecord> threads;
-    std::vector<FunctionRecord> functions;
+    bk2::array_t<FunctionRecord> functions;
 
     // The stack tree, indexed by CallsiteIndex: the node's parent and its function. Node 0: parent 0,
     // function 0.

@@ -40,7 +40,7 @@ std::unique_ptr<TextTable> textsOf(std::vector<std::string> names) {
 
 /// Functions of one name share it. Text 0 stands for the unknown function, so that names count from 1.
 std::unique_ptr<TextTable> functionTexts(const ProfileData& data) {
-    std::vector<std::uint32_t> numbers;
+    bk2::array_t<std::uint32_t> numbers;
     numbers.reserve(data.functions.size());
     for (const FunctionRecord& function : data.functions)
         numbers.push_back(numbers.empty() ? 0 : function.name + 1);

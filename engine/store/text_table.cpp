@@ -8,7 +8,7 @@ namespace panedeck::engine {
 TextTable::TextTable(std::uint32_t count, text_of_t text_of)
     : m_count(count), m_text_count(count), m_text_of(std::move(text_of)), m_blocks(count / block_size + 1) {}
 
-TextTable::TextTable(std::vector<std::uint32_t> text_numbers, std::uint32_t text_count, text_of_t text_of)
+TextTable::TextTable(bk2::array_t<std::uint32_t> text_numbers, std::uint32_t text_count, text_of_t text_of)
     : m_count(static_cast<std::uint32_t>(text_numbers.size())), m_text_numbers(std::move(text_numbers)),
       m_text_count(text_count), m_text_of(std::move(text_of)), m_blocks(text_count / block_size + 1) {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "basekit/large_pages.h"
 #include "basekit/variant.h"
 
 #include <array>
@@ -23,7 +24,7 @@ public:
     TextTable(std::uint32_t count, text_of_t text_of);
     /// For a table in which texts repeat: each entry has a text number, 0 the unknown one, and `text_of` is
     /// called with the numbers below `text_count`. Entries of one number share their characters.
-    TextTable(std::vector<std::uint32_t> text_numbers, std::uint32_t text_count, text_of_t text_of);
+    TextTable(bk2::array_t<std::uint32_t> text_numbers, std::uint32_t text_count, text_of_t text_of);
     ~TextTable();
 
     TextTable(const TextTable&) = delete;
@@ -45,7 +46,7 @@ private:
     const Block* makeBlock(std::uint32_t index) const;
 
     std::uint32_t m_count;
-    std::vector<std::uint32_t> m_text_numbers; ///< empty if each entry is its own
+    bk2::array_t<std::uint32_t> m_text_numbers; ///< empty if each entry is its own
     std::uint32_t m_text_count;
     text_of_t m_text_of;
     mutable std::vector<std::atomic<const Block*>> m_blocks;

@@ -174,13 +174,6 @@ protected:
         return row->hasChildren ? RowCollapsed : RowLeaf;
     }
 
-    /// The index of an item's row, -1 if it does not show. Cost: the rows.
-    int visibleRow(const Item& item) const {
-        for (int row = 0; row < this->rowCount(); ++row)
-            if (this->getRowID(row) == &item) return row;
-        return -1;
-    }
-
     Item& root() { return m_root; }
 
 private:

@@ -1,6 +1,8 @@
 #include "gridmodel/chainrow.h"
 #include "gridmodel/gridmodel.h"
 
+#include <boost/unordered/unordered_flat_map.hpp>
+
 #include <algorithm>
 #include <memory>
 #include <span>
@@ -104,7 +106,9 @@ void GridModel::addUnrestored(GridRowState& state) const {
     state.focusLevel = m_unrestored->focusLevel;
 }
 
-/// Puts a saved state back into new items, level by level, so that each level takes the database lock once.
+/// Puts a saved state back into new items. Rows whose children are at hand are walked from top to bottom, as
+/// they will stand in the grid and lie in memory; those that have to be read first wait until the walk is
+/// through, so that a level takes the database lock at most once.
 class GridModel::StateRestoration {
 public:
     StateRestoration(GridModel& grid, const GridRowState& state, notifykit2::IProgress* progress)
@@ -112,20 +116,20 @@ public:
 
     /// False if something of the state is not back: it was cancelled, or rows could not be read.
     bool run() {
-        std::vector<Place> level;
         m_failed = !m_grid.root().children() && m_grid.root().hasChildren;
-        addChildren(m_grid.root(), 0, level);
-        while (!level.empty()) {
-            std::vector<Place> open = selectOpen(level);
-            level.clear();
-            if (!preload(open)) return false;
-            for (const Place& place : open)
-                openItem(place, level);
+        pushChildren(m_grid.root(), 0);
+        walk();
+        while (!m_unread.empty()) {
+            std::vector<Place> read = std::move(m_unread);
+            m_unread.clear();
+            if (!preload(read)) return false;
+            for (const Place& place : read) {
+                openItem(place);
+                walk();
+            }
         }
         m_grid.showOpened(m_opened, true);
-        // A row that is folded away has no index of its own: the first one stands for it.
-        if (m_focusFound && m_state.focusLevel >= 0)
-            m_grid.m_selectedRows->setCurrentRow(m_focus ? std::max(m_grid.visibleRow(*m_focus), 0) : 0);
+        if (!m_focuses.empty() && m_state.focusLevel >= 0) m_grid.m_selectedRows->setCurrentRow(focusRow());
         return !m_failed && !notifykit2::is_canceled(m_progress);
     }
 
@@ -137,19 +141,22 @@ private:
         int levelBelow; ///< -1 if the walk ends within a folded row
     };
 
-    static void addChildren(Item& parent, int level, std::vector<Place>& places) {
+    void pushChildren(Item& parent, int level) {
         if (!parent.children()) return;
-        for (Item& child : *parent.children())
-            places.push_back({&child, level, -1});
+        for (std::size_t i = parent.children()->size(); i-- > 0;)
+            m_path.push_back({&(*parent.children())[i], level, -1});
     }
 
-    std::vector<Place> selectOpen(std::vector<Place>& places) {
-        std::vector<Place> open;
-        for (Place& place : places) {
-            if (notifykit2::is_canceled(m_progress)) break;
-            if (match(place)) open.push_back(place);
+    void walk() {
+        while (!m_path.empty() && !notifykit2::is_canceled(m_progress)) {
+            Place place = m_path.back();
+            m_path.pop_back();
+            if (!match(place)) continue;
+            if (!place.item->children() && !m_grid.areChildrenAtHand(*place.item->data))
+                m_unread.push_back(place);
+            else
+                openItem(place);
         }
-        return open;
     }
 
     /// True if the item's first row was open. Looks at the further rows of a chain as far as they were.
@@ -159,7 +166,7 @@ private:
             bk2::variant_t key;
             if (!m_grid.rowKey(*row, *m_groupingColumn, key)) return level > place.level;
             if (level == m_state.focusLevel && key == m_state.focusKey)
-                noteFocus(*place.item, level == place.level);
+                m_focuses[place.item] = level == place.level;
             if (!isOpen(m_state, level, key)) return level > place.level;
             ++level;
         }
@@ -167,18 +174,20 @@ private:
         return true;
     }
 
-    void noteFocus(const Item& item, bool visible) {
-        m_focus = visible ? &item : nullptr;
-        m_focusFound = true;
+    /// The row of the last item that the focus was found in. A row that is folded away has no index of its
+    /// own: the first one stands for it.
+    int focusRow() const {
+        for (int row = m_grid.getRowCount() - 1; row >= 0; --row)
+            if (const auto found = m_focuses.find(m_grid.getItemByRow(row)); found != m_focuses.end())
+                return found->second ? row : 0;
+        return 0;
     }
 
-    /// Makes the provider read what is missing of one level; false if the items are gone.
-    bool preload(const std::vector<Place>& places) {
+    /// Makes the provider read what is missing below these rows; false if the items are gone.
+    bool preload(const std::vector<Place>& places) const {
         std::vector<RowPtr> rows;
         for (const Place& place : places)
-            if (!place.item->children() && !m_grid.areChildrenAtHand(*place.item->data))
-                rows.push_back(place.item->data);
-        if (rows.empty()) return true;
+            rows.push_back(place.item->data);
         const std::uint64_t generation = m_grid.m_generation;
         const bool chains = m_grid.m_stackMode == ChainMode;
         {
@@ -190,23 +199,24 @@ private:
         return generation == m_grid.m_generation;
     }
 
-    void openItem(const Place& place, std::vector<Place>& next) {
+    void openItem(const Place& place) {
         if (notifykit2::is_canceled(m_progress)) return;
         const int count = m_grid.loadItems(*place.item, m_progress);
         m_failed = m_failed || count < 0;
         if (count < 0 || notifykit2::is_canceled(m_progress)) return;
         // One that has no children after all is to look so.
         m_opened.push_back(place.item);
-        if (place.levelBelow >= 0) addChildren(*place.item, place.levelBelow, next);
+        if (place.levelBelow >= 0) pushChildren(*place.item, place.levelBelow);
     }
 
     GridModel& m_grid;
     const GridRowState& m_state;
     notifykit2::IProgress* m_progress;
     bk2::sptr_t<dataface1::IColumnInfo> m_groupingColumn;
+    std::vector<Place> m_path;   ///< of the walk, the next one last
+    std::vector<Place> m_unread; ///< were open; their children are to be read
     std::vector<Item*> m_opened;
-    const Item* m_focus = nullptr; ///< null for a row that is folded away
-    bool m_focusFound = false;
+    boost::unordered_flat_map<const Item*, bool> m_focuses; ///< true if the row shows, and is not folded away
     bool m_failed = false;
 };
 
