@@ -11,14 +11,15 @@ import { CommandQueue } from './command_queue.js';
 import { openCsvDialog } from './csv_dialog.js';
 import { type GridAnswer, type GridCell } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
+import { type GridParts } from './grid_parts.js';
 import { type FocusObject, type GridQuery, GridRequests, type StackMode } from './grid_requests.js';
 import { GridSearch } from './grid_search.js';
+import { GridSelection } from './grid_selection.js';
 import { GridState } from './grid_state.js';
 import { GridView } from './grid_view.js';
 import { type KeyCommand } from './key_commands.js';
-import { type Move, MoveCommand } from './move_command.js';
 import { PaneFrame } from './pane_frame.js';
-import { rangeSteps, type SelectionStep } from './selection_steps.js';
+import { RowOpening } from './row_opening.js';
 import { WindowLoader } from './window_loader.js';
 
 export interface TreeGridSettings {
@@ -37,9 +38,6 @@ export interface TreeGridSettings {
     readonly onFocus?: (focus: FocusObject) => void;
 }
 
-/** An expansion that takes longer than this does not hold up other work on the grid. */
-const PATIENCE_WITH_EXPANSION = 150;
-
 /** Before the view was ever seen its height is unknown: about what fits a screen. */
 const LEAST_CAPACITY = 40;
 
@@ -56,8 +54,8 @@ export class TreeGridPane {
     readonly #view: GridView;
     readonly #search: GridSearch;
     readonly #unsubscribe: (() => void)[];
-    /** Rows that are being opened, by id, and what cancels it. */
-    readonly #opening = new Map<string, AbortController>();
+    readonly #selection: GridSelection;
+    readonly #opening: RowOpening;
     readonly #columnActions: ColumnMenuActions = {
         sort: (column, isDescending) => this.#sort(column, isDescending),
         changeTree: (tree) => this.#changeTree(tree),
@@ -75,8 +73,8 @@ export class TreeGridPane {
         this.#requests = new GridRequests(client, settings.gridId, settings.query);
         this.#view = new GridView(settings.title, this.#state, {
             shownChanged: () => this.#shownChanged(),
-            rowPressed: (row, keys) => this.#pressRow(row, keys),
-            togglePressed: (row) => this.#toggleRow(row),
+            rowPressed: (row, keys) => this.#selection.press(row, keys),
+            togglePressed: (row) => this.#opening.toggle(row),
             command: (command) => this.#obey(command),
             sortBy: (column) => this.#sortBy(column),
             openColumnMenu: (column, anchor) => this.#openColumnMenu(column, anchor),
@@ -84,13 +82,16 @@ export class TreeGridPane {
                 this.#changeTree(this.#state.tree.withCollapsed(column, isCollapsed)),
         });
         this.#search = new GridSearch(this.#requests, this.#state, this.#view, {
-            goTo: (row) => this.#queue.add({ run: (signal) => this.#goTo(row, 'keep', signal) }),
+            goTo: (row) => this.#queue.add({ run: (signal) => this.#selection.goTo(row, 'keep', signal) }),
             shownChanged: () => this.#shownChanged(),
             guard: (signal, step) => this.#guard('The search failed', signal, step),
         });
         this.#frame = this.#makeFrame();
         this.element = this.#frame.element;
         this.#loader = this.#makeLoader();
+        const parts = this.#makeParts();
+        this.#selection = new GridSelection(parts);
+        this.#opening = new RowOpening(parts, this.#selection);
         this.#frame.showMessage(settings.needsFocus ?? 'Waiting for data…');
         this.#unsubscribe = [
             onDataChange(client, () => this.#refreshSoon()),
@@ -171,7 +172,7 @@ export class TreeGridPane {
         this.#queue.clear();
         this.#loader.cancel();
         this.#search.stop();
-        for (const opening of this.#opening.values()) opening.abort();
+        this.#opening.stop();
     }
 
     #makeFrame(): PaneFrame {
@@ -211,6 +212,18 @@ export class TreeGridPane {
         });
     }
 
+    #makeParts(): GridParts {
+        return {
+            requests: this.#requests,
+            state: this.#state,
+            view: this.#view,
+            queue: this.#queue,
+            loader: this.#loader,
+            take: (answer) => this.#take(answer),
+            guard: (whatFailed, signal, step) => this.#guard(whatFailed, signal, step),
+        };
+    }
+
     #shownChanged(): void {
         if (this.#isActive && this.#state.rowCount > 0) this.#loader.update();
     }
@@ -225,7 +238,7 @@ export class TreeGridPane {
     }
 
     #afterAnswer(answer: GridAnswer): void {
-        for (const [id, row] of this.#openingRows()) this.#state.rows.update(row, { id, state: 'w' });
+        this.#opening.markRows();
         const state = this.#state;
         if (answer.scrollToCurrent && state.currentRow >= 0) this.#view.center(state.currentRow);
         this.#view.draw();
@@ -236,21 +249,11 @@ export class TreeGridPane {
         this.#watchWaitingRows();
     }
 
-    /** Rows that show and are being opened by this pane. */
-    #openingRows(): [id: string, row: number][] {
-        if (this.#opening.size === 0) return [];
-        const { start, count } = this.#view.shown;
-        const rows = Array.from({ length: count }, (_, at) => start + at);
-        return rows
-            .map((row): [string, number] => [this.#state.rows.get(row)?.id ?? '', row])
-            .filter(([id]) => this.#opening.has(id));
-    }
-
     /** Rows that the host is opening for a request of someone else: nobody tells when they are ready. */
     #watchWaitingRows(): void {
         const isWaiting = this.#state.rows.some(this.#view.shown, ({ state }) => state === 'w');
         if (!isWaiting) this.#loader.rest();
-        else if (this.#opening.size === 0) this.#loader.lookAgain();
+        else if (!this.#opening.isRunning) this.#loader.lookAgain();
     }
 
     #tellFocus(): void {
@@ -268,11 +271,11 @@ export class TreeGridPane {
     #obey(command: KeyCommand): void {
         switch (command.what) {
             case 'move':
-                return this.#move(command);
+                return this.#selection.move(command);
             case 'open':
-                return this.#openOrEnter();
+                return this.#opening.openOrEnter();
             case 'close':
-                return this.#closeOrLeave();
+                return this.#opening.closeOrLeave();
             case 'openAll':
                 return this.#bulk('expandRowsRecursively');
             case 'closeAll':
@@ -280,11 +283,11 @@ export class TreeGridPane {
             case 'openSelected':
                 return this.#bulk('expandSelectedRows');
             case 'activate':
-                return this.#toggleCurrent();
+                return this.#opening.toggleCurrent();
             case 'toggleSelected':
-                return this.#select('toggle');
+                return this.#selection.select('toggle');
             case 'selectAll':
-                return this.#select('all');
+                return this.#selection.select('all');
             case 'clearSelection':
                 return this.#escape();
             case 'copy':
@@ -300,141 +303,13 @@ export class TreeGridPane {
         }
     }
 
-    #move(move: Move): void {
-        this.#queue.add(
-            new MoveCommand(move, async (moves, signal) => {
-                const { currentRow, rowCount } = this.#state;
-                const target = moves.target(currentRow, rowCount, this.#view.scale.pageRows);
-                if (target >= 0) await this.#goTo(target, moves.mode, signal);
-            }),
-        );
-    }
-
-    #pressRow(row: number, { control, shift }: { control: boolean; shift: boolean }): void {
-        if (control && !shift) return this.#select('toggle', row);
-        const mode = shift ? (control ? 'add' : 'extend') : 'select';
-        this.#queue.add({ run: (signal) => this.#goTo(row, mode, signal) });
-    }
-
-    /** Makes a row the current one and selects as the mode says. */
-    async #goTo(row: number, mode: Move['mode'], signal: AbortSignal): Promise<void> {
-        const steps = this.#stepsTo(row, mode);
-        if (mode === 'select') this.#state.setAnchor(row);
-        if (mode === 'extend' || mode === 'add') this.#state.setRangeEnd(row);
-        this.#state.currentRow = row;
-        this.#view.reveal(row);
-        this.#view.drawRows();
-        await this.#runSelection(steps, signal);
-    }
-
-    #stepsTo(row: number, mode: Move['mode']): SelectionStep[] {
-        if (mode === 'select') return [{ type: 'setSingle', row }];
-        if (mode === 'keep') return [{ type: 'none', row }];
-        return rangeSteps(this.#state.selection, row, mode === 'add');
-    }
-
-    /** Without a row it is about the current one, as the commands before will have left it. */
-    #select(type: 'toggle' | 'all' | 'clear', pressed?: number): void {
-        this.#queue.add({
-            run: async (signal) => {
-                const row = type === 'clear' ? -1 : (pressed ?? this.#state.currentRow);
-                if (type === 'toggle' && row < 0) return;
-                if (type !== 'all') this.#state.currentRow = row;
-                this.#state.setAnchor(this.#state.currentRow);
-                await this.#runSelection([{ type, row }], signal);
-            },
-        });
-    }
-
-    /** Of several steps only the last answer is shown. */
-    async #runSelection(steps: readonly SelectionStep[], signal: AbortSignal): Promise<void> {
-        const idOf = (row: number) => this.#state.rows.get(row)?.id ?? '0';
-        const addressed = steps.map((step) => ({ step, id: idOf(step.row) }));
-        await this.#guard('The selection could not be changed', signal, async () => {
-            let answer: GridAnswer | undefined;
-            for (const { step, id } of addressed) answer = await this.#requests.select(step, id, signal);
-            if (answer) this.#take(answer);
-        });
-    }
-
     #escape(): void {
-        if (this.#opening.size > 0) for (const opening of this.#opening.values()) opening.abort();
-        else if (this.#search.isOpen) this.#search.close();
-        else this.#select('clear');
+        if (this.#opening.stop()) return;
+        if (this.#search.isOpen) this.#search.close();
+        else this.#selection.select('clear');
     }
 
-    // --------------------------------------------------------------------------------------------- opening and closing
-
-    /** Opens the current row; an open one is entered. */
-    #openOrEnter(): void {
-        this.#queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
-            run: async (signal) => {
-                const { current, currentRow } = this.#state;
-                if (current?.state === '-') await this.#goTo(currentRow + 1, 'select', signal);
-                else if (current?.state === '+') await this.#setOpen(currentRow, true, signal);
-            },
-        });
-    }
-
-    /** Closes the current row; from any other the way leads to the row that holds it. */
-    #closeOrLeave(): void {
-        this.#queue.add({
-            run: async (signal) => {
-                const { current, currentRow } = this.#state;
-                if (current?.state === '-') return this.#setOpen(currentRow, false, signal);
-                const parent = this.#state.parentOf(currentRow);
-                if (parent >= 0) await this.#goTo(parent, 'select', signal);
-            },
-        });
-    }
-
-    #toggleRow(index: number): void {
-        const row = this.#state.rows.get(index);
-        if (!row) return;
-        const opening = this.#opening.get(row.id);
-        if (opening) return opening.abort();
-        if (row.state !== '+' && row.state !== '-') return;
-        this.#queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
-            run: (signal) => this.#setOpen(index, row.state === '+', signal),
-        });
-    }
-
-    /** Opens or closes the current row, as the commands before will have left it; one that is being opened stays closed. */
-    #toggleCurrent(): void {
-        this.#queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
-            run: async (signal) => {
-                const { current, currentRow } = this.#state;
-                const opening = current && this.#opening.get(current.id);
-                if (opening) opening.abort();
-                else await this.#setOpen(currentRow, current?.state === '+', signal);
-            },
-        });
-    }
-
-    async #setOpen(index: number, open: boolean, signal: AbortSignal): Promise<void> {
-        const row = this.#state.rows.get(index);
-        if (!row || row.state !== (open ? '+' : '-') || this.#opening.has(row.id)) return;
-        const stop = new AbortController();
-        const forward = () => stop.abort();
-        signal.addEventListener('abort', forward, { once: true });
-        this.#opening.set(row.id, stop);
-        if (open) this.#state.rows.update(index, { state: 'w' });
-        this.#view.drawRows();
-        await this.#guard(`The row could not be ${open ? 'opened' : 'closed'}`, signal, async () => {
-            const address = { row: index, id: row.id };
-            const ask = open
-                ? this.#requests.expand(address, stop.signal)
-                : this.#requests.collapse(address, stop.signal);
-            const answer = await ask.finally(() => this.#opening.delete(row.id));
-            this.#take(answer);
-        });
-        signal.removeEventListener('abort', forward);
-        // The host knows what became of the row.
-        if (stop.signal.aborted && !signal.aborted) this.#loader.reload();
-    }
+    // ---------------------------------------------------------------------------------------------------- the whole grid
 
     #bulk(operation: 'expandSelectedRows' | 'collapseAllRows' | 'expandRowsRecursively'): void {
         this.#command('The rows could not be opened or closed', async (signal) => {

@@ -1,0 +1,112 @@
+import { type GridParts } from './grid_parts.js';
+import { type GridSelection } from './grid_selection.js';
+
+/** An expansion that takes longer than this does not hold up other work on the grid. */
+const PATIENCE_WITH_EXPANSION = 150;
+
+/** Opens and closes single rows. */
+export class RowOpening {
+    readonly #parts: GridParts;
+    readonly #selection: GridSelection;
+    /** Rows that are being opened, by id, and what cancels it. */
+    readonly #opening = new Map<string, AbortController>();
+
+    constructor(parts: GridParts, selection: GridSelection) {
+        this.#parts = parts;
+        this.#selection = selection;
+    }
+
+    get isRunning(): boolean {
+        return this.#opening.size > 0;
+    }
+
+    /** Cancels all that runs; false if nothing does. */
+    stop(): boolean {
+        const { isRunning } = this;
+        for (const opening of this.#opening.values()) opening.abort();
+        return isRunning;
+    }
+
+    /** Shows of the rows in sight which are being opened: answers to something else do not tell. */
+    markRows(): void {
+        if (!this.isRunning) return;
+        const { state, view } = this.#parts;
+        const { start, count } = view.shown;
+        for (let row = start; row < start + count; ++row) {
+            if (this.#opening.has(state.rows.get(row)?.id ?? '')) state.rows.update(row, { state: 'w' });
+        }
+    }
+
+    /** Opens the current row; an open one is entered. */
+    openOrEnter(): void {
+        const { queue, state } = this.#parts;
+        queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: async (signal) => {
+                const { current, currentRow } = state;
+                if (current?.state === '-') await this.#selection.goTo(currentRow + 1, 'select', signal);
+                else if (current?.state === '+') await this.#setOpen(currentRow, true, signal);
+            },
+        });
+    }
+
+    /** Closes the current row; from any other the way leads to the row that holds it. */
+    closeOrLeave(): void {
+        const { queue, state } = this.#parts;
+        queue.add({
+            run: async (signal) => {
+                const { current, currentRow } = state;
+                if (current?.state === '-') return this.#setOpen(currentRow, false, signal);
+                const parent = state.parentOf(currentRow);
+                if (parent >= 0) await this.#selection.goTo(parent, 'select', signal);
+            },
+        });
+    }
+
+    toggle(index: number): void {
+        const row = this.#parts.state.rows.get(index);
+        if (!row) return;
+        const opening = this.#opening.get(row.id);
+        if (opening) return opening.abort();
+        if (row.state !== '+' && row.state !== '-') return;
+        this.#parts.queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: (signal) => this.#setOpen(index, row.state === '+', signal),
+        });
+    }
+
+    /** Opens or closes the current row, as the commands before will have left it; one that is being opened stays closed. */
+    toggleCurrent(): void {
+        const { queue, state } = this.#parts;
+        queue.add({
+            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            run: async (signal) => {
+                const { current, currentRow } = state;
+                const opening = current && this.#opening.get(current.id);
+                if (opening) opening.abort();
+                else await this.#setOpen(currentRow, current?.state === '+', signal);
+            },
+        });
+    }
+
+    async #setOpen(index: number, open: boolean, signal: AbortSignal): Promise<void> {
+        const { state, view, loader, requests, guard, take } = this.#parts;
+        const row = state.rows.get(index);
+        if (!row || row.state !== (open ? '+' : '-') || this.#opening.has(row.id)) return;
+        const stop = new AbortController();
+        const forward = () => stop.abort();
+        signal.addEventListener('abort', forward, { once: true });
+        this.#opening.set(row.id, stop);
+        if (open) state.rows.update(index, { state: 'w' });
+        view.drawRows();
+        await guard(`The row could not be ${open ? 'opened' : 'closed'}`, signal, async () => {
+            const address = { row: index, id: row.id };
+            const ask = open ? requests.expand(address, stop.signal) : requests.collapse(address, stop.signal);
+            const answer = await ask.finally(() => this.#opening.delete(row.id));
+            take(answer);
+        });
+        signal.removeEventListener('abort', forward);
+        // The host knows what became of the row.
+        if (stop.signal.aborted && !signal.aborted) loader.reload();
+    }
+}
