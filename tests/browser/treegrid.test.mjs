@@ -305,6 +305,48 @@ describe('opening and closing', () => {
         release();
     });
 
+    for (const [how, press] of [
+        ['by key', () => key('*')],
+        ['by mouse', () => page.getByRole('button', { name: 'Expand all' }).click()],
+    ])
+        it(`lets other work through while all rows are being opened, and stops that: ${how}`, async () => {
+            relay.gridview.holds = { expandRowsRecursively: new Promise(() => {}) };
+            await row(1).click();
+            await press();
+            const busy = page.getByRole('status').filter({ hasText: 'Opening rows… Esc stops' });
+            await busy.waitFor();
+            assert.equal(await grid().getAttribute('aria-busy'), 'true');
+            await row(2).locator('[data-column=c4]').dispatchEvent('click');
+            await page.locator('[data-row="2"][aria-selected=true]').waitFor();
+            await page.getByRole('button', { name: 'Expand all' }).focus();
+            await key('Escape');
+            await busy.waitFor({ state: 'hidden' });
+            // What was opened by then is there, and the current row is where its row went.
+            await row(5).filter({ hasText: 'walk' }).waitFor();
+            assert.equal(await currentRow(), 5);
+            assert.equal(await grid().getAttribute('aria-busy'), null);
+            assert.ok(relay.frames.some((frame) => frame.includes('<name>cancelRequest</name>')));
+        });
+
+    for (const [what, operation, press] of [
+        ['Sorting', 'sort', () => head('Change').locator('.tg-sort').click()],
+        ['Looking for chains', 'changeStackMode', () => page.getByRole('button', { name: 'Chains' }).click()],
+    ])
+        it(`can be stopped: ${what}`, async () => {
+            await row(1).click();
+            await page.locator('[data-row="1"][aria-selected=true]').waitFor();
+            relay.gridview.holds = { [operation]: new Promise(() => {}) };
+            await press();
+            await page.getByRole('status').filter({ hasText: what }).waitFor();
+            await grid().focus();
+            await key('Escape');
+            await until(() => relay.requests('gridview:refresh').length === 2);
+            await page.locator('.tg-scroller:not([aria-busy])').filter({ visible: true }).waitFor();
+            assert.ok(relay.frames.some((frame) => frame.includes('<name>cancelRequest</name>')));
+            assert.ok(!lastFrame('selection').includes('clear'));
+            await waitForRows(CLOSED);
+        });
+
     it('takes the tools for many rows', async () => {
         await page.getByRole('button', { name: 'Expand all' }).click();
         await row(7).waitFor();

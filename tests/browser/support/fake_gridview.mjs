@@ -330,7 +330,11 @@ export class FakeGridView {
         const setWaiting = (isWaiting) => row && (row.isWaiting = isWaiting);
         setWaiting(operation === 'expand');
         const cancellation = new Promise((resolve) => canceled.addEventListener('abort', resolve));
-        canceled.addEventListener('abort', () => setWaiting(false));
+        canceled.addEventListener('abort', () => {
+            setWaiting(false);
+            // As much as was opened by then stays open.
+            if (operation === 'expandRowsRecursively') grid.openAll([grid.top[0]]);
+        });
         if (this.holds[operation]) await Promise.race([this.holds[operation], cancellation]);
         if (canceled.aborted) return undefined;
         setWaiting(false);

@@ -5,7 +5,7 @@ export interface Command {
     /** Takes a later command into this one, which has not begun yet; false if the two cannot be one. */
     merge?(later: Command): boolean;
     /** Milliseconds for which the commands behind wait at the most; without it they wait for the end. */
-    readonly holdsUpFor?: number;
+    readonly holdsUpFor?: number | undefined;
 }
 
 /**

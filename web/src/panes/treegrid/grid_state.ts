@@ -57,13 +57,18 @@ export class GridState {
     /** An answer that shows more of the same rows. */
     takeWindow(answer: GridAnswer): void {
         if (answer.columns && answer.hierarchy) this.tree = new ColumnTree(answer.columns, answer.hierarchy);
-        if (answer.rowCount !== this.rowCount) this.rows.clear();
+        const isMoved = answer.rowCount !== this.rowCount;
+        const current = this.current;
+        if (isMoved) this.rows.clear();
         this.rowCount = answer.rowCount;
         if (answer.currentRow !== undefined) this.currentRow = answer.currentRow;
         if (answer.sorting) this.sorting = answer.sorting;
         this.footer = answer.footer;
         this.search = answer.search;
         this.rows.put(answer.startRow, answer.rows);
+        // Rows came or went unasked, as when an expansion is stopped half way: the current row moved with them.
+        if (isMoved && answer.currentRow === undefined && current)
+            this.currentRow = this.rows.find(current.id, this.currentRow);
         if (this.currentRow >= this.rowCount) this.currentRow = -1;
     }
 

@@ -17,6 +17,7 @@ export class PaneFrame {
     readonly element: HTMLElement;
     readonly #title = make('h2');
     readonly #count = make('p', { class: 'tg-count' });
+    readonly #busy = make('p', { class: 'tg-busy', role: 'status', hidden: true });
     readonly #notice = make('div', { class: 'notice', hidden: true });
     readonly #message = make('p', { class: 'empty', hidden: true });
     readonly #live = make('p', { class: 'unseen', role: 'status', 'aria-live': 'polite' });
@@ -51,7 +52,7 @@ export class PaneFrame {
             makeButton('Copy', () => listener.copy()),
             makeButton('Export…', () => listener.exportCsv()),
         );
-        const head = make('div', { class: 'pane-head' }, this.#title, this.#count, tools);
+        const head = make('div', { class: 'pane-head' }, this.#title, this.#count, this.#busy, tools);
         this.element = make('section', { class: 'pane tg-pane', 'aria-label': title });
         this.element.append(head, this.#notice, ...content, this.#message, this.#live);
     }
@@ -62,6 +63,12 @@ export class PaneFrame {
 
     showCount(text: string): void {
         this.#count.textContent = text;
+    }
+
+    /** Shows what goes on that takes long; null hides it. */
+    showBusy(text: string | null): void {
+        this.#busy.hidden = text === null;
+        this.#busy.textContent = text;
     }
 
     showStackMode(mode: StackMode): void {

@@ -17,6 +17,13 @@ export class RowCache {
         return this.#rows.get(index);
     }
 
+    /** Where the row of that id stands now; `hint` if it is not at hand. */
+    find(id: string, hint: number): number {
+        if (this.#rows.get(hint)?.id === id) return hint;
+        for (const [index, row] of this.#rows) if (row.id === id) return index;
+        return hint;
+    }
+
     clear(): void {
         this.#rows.clear();
     }

@@ -1,8 +1,6 @@
 import { type GridParts } from './grid_parts.js';
 import { type GridSelection } from './grid_selection.js';
-
-/** An expansion that takes longer than this does not hold up other work on the grid. */
-const PATIENCE_WITH_EXPANSION = 150;
+import { PATIENCE } from './stoppable_work.js';
 
 /** Opens and closes single rows. */
 export class RowOpening {
@@ -41,7 +39,7 @@ export class RowOpening {
     openOrEnter(): void {
         const { queue, state } = this.#parts;
         queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            holdsUpFor: PATIENCE,
             run: async (signal) => {
                 const { current, currentRow } = state;
                 if (current?.state === '-') await this.#selection.goTo(currentRow + 1, 'select', signal);
@@ -70,7 +68,7 @@ export class RowOpening {
         if (opening) return opening.abort();
         if (row.state !== '+' && row.state !== '-') return;
         this.#parts.queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            holdsUpFor: PATIENCE,
             run: (signal) => this.#setOpen(index, row.state === '+', signal),
         });
     }
@@ -79,7 +77,7 @@ export class RowOpening {
     toggleCurrent(): void {
         const { queue, state } = this.#parts;
         queue.add({
-            holdsUpFor: PATIENCE_WITH_EXPANSION,
+            holdsUpFor: PATIENCE,
             run: async (signal) => {
                 const { current, currentRow } = state;
                 const opening = current && this.#opening.get(current.id);

@@ -20,6 +20,7 @@ import { GridView } from './grid_view.js';
 import { type KeyCommand } from './key_commands.js';
 import { PaneFrame } from './pane_frame.js';
 import { RowOpening } from './row_opening.js';
+import { PATIENCE, StoppableWork } from './stoppable_work.js';
 import { WindowLoader } from './window_loader.js';
 
 export interface TreeGridSettings {
@@ -53,6 +54,7 @@ export class TreeGridPane {
     readonly #frame: PaneFrame;
     readonly #view: GridView;
     readonly #search: GridSearch;
+    readonly #work = new StoppableWork((text) => this.#showBusy(text));
     readonly #unsubscribe: (() => void)[];
     readonly #selection: GridSelection;
     readonly #opening: RowOpening;
@@ -65,6 +67,8 @@ export class TreeGridPane {
     #focus: FocusObject | undefined;
     #isActive = false;
     #isStale = true;
+    #isReading = false;
+    #slowWork: string | null = null;
     #refreshTimer: ReturnType<typeof setTimeout> | undefined;
 
     constructor(client: RequestClient, settings: TreeGridSettings) {
@@ -88,6 +92,7 @@ export class TreeGridPane {
         });
         this.#frame = this.#makeFrame();
         this.element = this.#frame.element;
+        this.element.addEventListener('keydown', (event) => this.#takeKey(event));
         this.#loader = this.#makeLoader();
         const parts = this.#makeParts();
         this.#selection = new GridSelection(parts);
@@ -141,7 +146,8 @@ export class TreeGridPane {
     }
 
     async #refresh(signal: AbortSignal): Promise<void> {
-        this.#view.element.setAttribute('aria-busy', 'true');
+        this.#isReading = true;
+        this.#showBusy(this.#slowWork);
         await this.#guard('The grid could not be read', signal, async () => {
             const wishes = {
                 stackMode: this.#stackMode,
@@ -158,7 +164,16 @@ export class TreeGridPane {
             const kept = this.#state.tree.withWishesOf(tree);
             if (kept !== this.#state.tree) this.#changeTree(kept);
         });
-        if (!signal.aborted) this.#view.element.removeAttribute('aria-busy');
+        if (signal.aborted) return;
+        this.#isReading = false;
+        this.#showBusy(this.#slowWork);
+    }
+
+    #showBusy(slowWork: string | null): void {
+        this.#slowWork = slowWork;
+        this.#frame.showBusy(slowWork);
+        if (this.#isReading || slowWork !== null) this.#view.element.setAttribute('aria-busy', 'true');
+        else this.#view.element.removeAttribute('aria-busy');
     }
 
     #refreshSoon(): void {
@@ -303,8 +318,19 @@ export class TreeGridPane {
         }
     }
 
+    /** Keys that nothing inside the pane took: work can be stopped from its tools, too. */
+    #takeKey(event: KeyboardEvent): void {
+        if (event.key === 'Escape' && !event.defaultPrevented && this.#stopWork()) event.preventDefault();
+    }
+
+    /** Stops what a person may stop; false if nothing of the kind runs. */
+    #stopWork(): boolean {
+        const wasOpening = this.#opening.stop();
+        return this.#work.stop() || wasOpening;
+    }
+
     #escape(): void {
-        if (this.#opening.stop()) return;
+        if (this.#stopWork()) return;
         if (this.#search.isOpen) this.#search.close();
         else this.#selection.select('clear');
     }
@@ -312,14 +338,22 @@ export class TreeGridPane {
     // ---------------------------------------------------------------------------------------------------- the whole grid
 
     #bulk(operation: 'expandSelectedRows' | 'collapseAllRows' | 'expandRowsRecursively'): void {
-        this.#command('The rows could not be opened or closed', async (signal) => {
+        const words = {
+            failed: 'The rows could not be opened or closed',
+            running: operation === 'collapseAllRows' ? 'Closing rows' : 'Opening rows',
+        };
+        this.#longCommand(words, PATIENCE, async (signal) => {
             this.#take(await this.#requests.bulk(operation, signal));
             this.#frame.announce(`${withThousands(this.#state.rowCount)} rows`);
         });
     }
 
     #changeStackMode(mode: StackMode): void {
-        this.#command('The stack mode could not be changed', async (signal) => {
+        const words = {
+            failed: 'The stack mode could not be changed',
+            running: mode === 'chain' ? 'Looking for chains' : 'Unfolding chains',
+        };
+        this.#longCommand(words, undefined, async (signal) => {
             const answer = await this.#requests.changeStackMode(mode, signal);
             this.#stackMode = mode;
             this.#frame.showStackMode(mode);
@@ -336,7 +370,8 @@ export class TreeGridPane {
     }
 
     #sort(column: GridColumn, isDescending: boolean): void {
-        this.#command('The grid could not be sorted', async (signal) => {
+        const words = { failed: 'The grid could not be sorted', running: 'Sorting' };
+        this.#longCommand(words, undefined, async (signal) => {
             this.#take(await this.#requests.sort(column.index, isDescending, signal));
             const order = isDescending ? 'descending' : 'ascending';
             this.#frame.announce(`Sorted by ${column.caption}, ${order}`);
@@ -377,6 +412,24 @@ export class TreeGridPane {
 
     #command(whatFailed: string, run: (signal: AbortSignal) => Promise<void>): void {
         this.#queue.add({ run: (signal) => this.#guard(whatFailed, signal, () => run(signal)) });
+    }
+
+    /** A command that a person may stop: what it left half done is then read anew. */
+    #longCommand(
+        words: { readonly failed: string; readonly running: string },
+        holdsUpFor: number | undefined,
+        run: (signal: AbortSignal) => Promise<void>,
+    ): void {
+        const stoppable = (signal: AbortSignal) =>
+            this.#work.run(`${words.running}… Esc stops`, signal, (stop) =>
+                this.#guard(words.failed, signal, () => run(stop)),
+            );
+        this.#queue.add({
+            holdsUpFor,
+            run: async (signal) => {
+                if (await stoppable(signal)) await this.#refresh(signal);
+            },
+        });
     }
 
     /** Runs one step; what goes wrong is told above the grid, unless the page itself did not want it any more. */

@@ -27,6 +27,16 @@ describe('the state of a grid', () => {
         expect(state.rows.get(0)).toBeUndefined();
     });
 
+    it('follows the current row where rows came or went unasked', () => {
+        const state = new GridState();
+        state.take(answer({ startRow: 2, currentRow: 4 }, [0, 0, 0]));
+        const moved = { view: { startRow: 5, rowCount: 12 }, rows: [{ id: '3' }, { id: '4' }] };
+        state.takeWindow(readGridAnswer(bagOf(moved)));
+        expect(state.currentRow).toBe(6);
+        state.takeWindow(answer({ startRow: 0, rowCount: 13 }, [0]));
+        expect(state.currentRow).toBe(6);
+    });
+
     it('keeps the current row until an answer speaks of it, and none behind the end', () => {
         const state = new GridState();
         state.take(answer({ currentRow: 7 }, [0]));
