@@ -301,7 +301,7 @@ class Grid {
 const pathOf = (row) => (row.parent ? `${pathOf(row.parent)}/${row.node.name}` : String(row.node.name));
 
 export class FakeGridView {
-    /** Query type -> top nodes; a type that is missing is one that the library does not offer. */
+    /** Query type -> top nodes, or what makes them of the id of the focus object; a type that is missing is one that the library does not offer. */
     trees = {};
     /** Operation -> promise; such requests are answered once it is settled. */
     holds = {};
@@ -342,7 +342,8 @@ export class FakeGridView {
     }
 
     #refresh(request) {
-        const nodes = this.trees[request.queryType];
+        const tree = this.trees[request.queryType];
+        const nodes = typeof tree === 'function' ? tree(request.objectid) : tree;
         if (!nodes) throw new Error(`FailedTo.Execute.This.Operation: ${request.queryType}`);
         const known = this.#grids.get(request.gridid);
         if (known) known.take(nodes);

@@ -72,6 +72,17 @@ export class GridState {
         if (this.currentRow >= this.rowCount) this.currentRow = -1;
     }
 
+    /** Forgets the rows; what a person made of the columns stays. */
+    dropRows(): void {
+        this.rows.clear();
+        this.rowCount = 0;
+        this.currentRow = -1;
+        this.footer = undefined;
+        this.search = undefined;
+        this.hit = 0;
+        this.#forgetRange();
+    }
+
     /** The row that holds this one, as far as rows are at hand; -1 if it is not. */
     parentOf(index: number): number {
         const level = this.rows.get(index)?.level ?? 0;

@@ -66,7 +66,9 @@ export class TreeGridPane {
     #stackMode: StackMode = 'tree';
     #focus: FocusObject | undefined;
     #isActive = false;
-    #isStale = true;
+    /** Counts what made the data out of date; what is shown is that of some count. */
+    #wanted = 1;
+    #shown = 0;
     #isReading = false;
     #slowWork: string | null = null;
     #refreshTimer: ReturnType<typeof setTimeout> | undefined;
@@ -116,7 +118,7 @@ export class TreeGridPane {
     /** The pane is seen from now on: it reads what changed while it was not. */
     activate(): void {
         this.#isActive = true;
-        if (this.#isStale) this.refresh();
+        if (this.#shown !== this.#wanted) this.refresh();
         else this.#view.draw();
     }
 
@@ -130,10 +132,18 @@ export class TreeGridPane {
     setFocus(focus: FocusObject): void {
         if (focus.objectId === this.#focus?.objectId && focus.grouping === this.#focus.grouping) return;
         this.#focus = focus;
-        this.#isStale = true;
+        ++this.#wanted;
         this.#frame.showTitle(`${this.#settings.title}: ${focus.name}`);
-        if (this.#state.rowCount === 0) this.#frame.showMessage('Waiting for data…');
+        this.#dropRows();
         if (this.#isActive) this.refresh();
+    }
+
+    /** The rows at hand are about something else than the title says. */
+    #dropRows(): void {
+        this.#state.dropRows();
+        this.#view.draw();
+        this.#frame.showCount('');
+        this.#frame.showMessage('Waiting for data…');
     }
 
     /** Reads the grid anew. What was open stays open, and what was sorted sorted: the host sees to that. */
@@ -154,8 +164,11 @@ export class TreeGridPane {
                 focus: this.#focus,
                 sorting: this.#state.namedSorting,
             };
+            const wanted = this.#wanted;
             const answer = await this.#requests.refresh(this.#loader.window, wishes, signal);
-            this.#isStale = false;
+            // By now the title says something else; the pane reads that as soon as it is seen.
+            if (wishes.focus !== this.#focus) return;
+            this.#shown = wanted;
             this.#frame.clearFailure();
             this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
             const { tree } = this.#state;
@@ -177,7 +190,7 @@ export class TreeGridPane {
     }
 
     #refreshSoon(): void {
-        this.#isStale = true;
+        ++this.#wanted;
         clearTimeout(this.#refreshTimer);
         // One change is told by several events.
         if (this.#isActive) this.#refreshTimer = setTimeout(() => this.refresh());
