@@ -1,0 +1,153 @@
+// The way through a tree grid with mouse and keyboard: what is selected, and the search.
+
+import assert from 'node:assert/strict';
+import { describe, it } from 'node:test';
+import {
+    TREE,
+    currentRow,
+    grid,
+    key,
+    lastFrame,
+    many,
+    open,
+    page,
+    relay,
+    row,
+    until,
+    useGrids,
+} from './support/grid_fixture.mjs';
+
+useGrids();
+
+describe('the selection', () => {
+    const selected = async (count) => {
+        await page.waitForFunction(
+            (wanted) => document.querySelectorAll('[data-row][aria-selected=true]').length === wanted,
+            count,
+        );
+        return page
+            .locator('[data-row][aria-selected=true]')
+            .evaluateAll((rows) => rows.map(({ dataset }) => Number(dataset.row)).sort());
+    };
+
+    it('follows the mouse: click, Ctrl, Shift', async () => {
+        await open({ bottomUp: many(20) });
+        await row(2).click();
+        assert.deepEqual(await selected(1), [2]);
+        await row(5).click({ modifiers: ['Shift'] });
+        assert.deepEqual(await selected(4), [2, 3, 4, 5]);
+        await row(3).click({ modifiers: ['Shift'] });
+        assert.deepEqual(await selected(2), [2, 3]);
+        await row(8).click({ modifiers: ['Control'] });
+        assert.deepEqual(await selected(3), [2, 3, 8]);
+        await row(9).click({ modifiers: ['Control', 'Shift'] });
+        assert.deepEqual(await selected(4), [2, 3, 8, 9]);
+        await row(3).click({ modifiers: ['Control'] });
+        assert.deepEqual(await selected(3), [2, 8, 9]);
+    });
+
+    it('follows the keys', async () => {
+        await open({ bottomUp: many(200) });
+        await grid().focus();
+        for (const name of ['ArrowDown', 'ArrowDown', 'Shift+ArrowDown', 'Shift+ArrowDown']) await key(name);
+        assert.deepEqual(await selected(3), [1, 2, 3]);
+        await key('Shift+ArrowUp');
+        assert.deepEqual(await selected(2), [1, 2]);
+        let release;
+        relay.gridview.holds = { selection: new Promise((resolve) => (release = resolve)) };
+        // The answers come late: the space is about the row that the arrows lead to, not the one they come from.
+        for (const name of ['Control+ArrowDown', 'Control+ArrowDown', 'Control+ ']) await key(name);
+        release();
+        assert.deepEqual(await selected(3), [1, 2, 4]);
+        await key('PageDown');
+        await selected(1);
+        assert.ok((await currentRow()) > 15);
+        await key('Control+a');
+        await page.locator('.tg-foot').getByText('Selected: 200 rows').waitFor();
+        await key('Escape');
+        await page.locator('.tg-foot').waitFor({ state: 'hidden' });
+    });
+
+    it('has its sums in the footer', async () => {
+        await open({ bottomUp: TREE });
+        await row(0).click();
+        await row(2).click({ modifiers: ['Shift'] });
+        const foot = page.locator('.tg-foot');
+        await foot.getByText('Selected: 3 rows').waitFor();
+        assert.deepEqual(await foot.locator('.tg-text').allTextContents(), [
+            'Selected: 3 rows',
+            '2.312 s',
+            '1.712 s',
+            '-349.999 ms',
+        ]);
+        assert.equal(await grid().getAttribute('aria-rowcount'), '6');
+    });
+
+    it('goes to the clipboard and all rows to a file', async () => {
+        await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
+        await open({ bottomUp: TREE });
+        await row(0).click();
+        await key('Shift+ArrowDown');
+        await key('Control+c');
+        await page.getByRole('status').filter({ hasText: 'Copied' }).waitFor({ state: 'attached' });
+        assert.equal(
+            await page.evaluate(() => navigator.clipboard.readText()),
+            'multiply\t1400000\nread<char>(FILE*, "x") 漢😀\t250000\n',
+        );
+        await page.getByRole('button', { name: 'Export…' }).click();
+        const dialog = page.getByRole('dialog', { name: 'Export to CSV' });
+        await dialog.getByRole('textbox').fill('nowhere.csv');
+        await key('Enter');
+        await dialog.getByText('The file could not be written: IsNot.Valid.Object').waitFor();
+        await dialog.getByRole('textbox').fill('/tmp/<a> & "b".csv');
+        await key('Enter');
+        await dialog.waitFor({ state: 'detached' });
+        assert.deepEqual(relay.gridview.exports, ['/tmp/<a> & "b".csv']);
+    });
+});
+
+describe('the search', () => {
+    const marks = () => page.locator('mark').allTextContents();
+    const count = () => page.locator('.tg-search output');
+
+    it('marks hits, steps through them and round the ends', async () => {
+        await open({ bottomUp: many(2_000) });
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('F199');
+        await count().filter({ hasText: '1 of 11' }).waitFor();
+        await page.locator('mark.current').waitFor();
+        assert.equal(await row(199).locator('mark.current').textContent(), 'f199');
+        await key('Enter');
+        await count().filter({ hasText: '2 of 11' }).waitFor();
+        await row(1990).locator('mark.current').waitFor();
+        await key('Shift+Enter');
+        await count().filter({ hasText: '1 of 11' }).waitFor();
+        await row(199).locator('mark.current').waitFor();
+        await key('Shift+Enter');
+        await count().filter({ hasText: '11 of 11' }).waitFor();
+        await row(1999).locator('mark.current').waitFor();
+        await key('Escape');
+        await page.waitForFunction(() => document.querySelectorAll('mark').length === 0);
+        assert.equal(await page.evaluate(() => document.activeElement.getAttribute('role')), 'treegrid');
+    });
+
+    it('counts in characters, says that there is nothing, and searches anew after rows changed', async () => {
+        await open({ bottomUp: TREE });
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('漢');
+        await count().filter({ hasText: '1 of 1' }).waitFor();
+        assert.deepEqual(await marks(), ['漢']);
+        await page.getByRole('searchbox').fill('no such function');
+        await count().filter({ hasText: 'No hits' }).waitFor();
+        await page.getByRole('searchbox').fill('main');
+        await until(() => lastFrame('search')?.includes('<_>main</_>'));
+        await count().filter({ hasText: 'No hits' }).waitFor();
+        await page.getByRole('button', { name: 'Expand all' }).click();
+        await row(7).waitFor();
+        await page.getByRole('button', { name: 'Next' }).click();
+        await count().filter({ hasText: '1 of 3' }).waitFor();
+        assert.deepEqual(await marks(), ['main', 'main', 'main']);
+    });
+});

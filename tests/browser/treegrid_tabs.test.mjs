@@ -1,0 +1,119 @@
+// The tree grids side by side in their tabs: what one shows of the other, and what lasts.
+
+import assert from 'node:assert/strict';
+import { beforeEach, describe, it } from 'node:test';
+import { gridNode } from './support/fake_gridview.mjs';
+import {
+    CLOSED,
+    TREE,
+    grid,
+    key,
+    lastFrame,
+    many,
+    open,
+    page,
+    relay,
+    row,
+    tab,
+    until,
+    useGrids,
+    waitForRows,
+} from './support/grid_fixture.mjs';
+
+useGrids();
+
+describe('a grid about an object', () => {
+    const callersOf = (name) => [gridNode(`calls ${name}`, [1, 0, 1, 0])];
+    const choose = async (at) => {
+        await row(at).click();
+        await page.locator(`.tg-pane:not([hidden]) [data-row="${at}"][aria-selected=true]`).waitFor();
+    };
+    const title = () => page.locator('.tg-pane:not([hidden]) h2').textContent();
+    const refreshes = () => relay.requests('gridview:refresh').length;
+
+    beforeEach(async () => {
+        await open({ flatProfile: many(3), selectionParentTree: callersOf }, 'Functions');
+        await choose(0);
+    });
+
+    /** Opens the callers, whose answer waits for what is given back. */
+    async function openSlowly() {
+        let release;
+        relay.gridview.holds = { refresh: new Promise((resolve) => (release = resolve)) };
+        const before = refreshes();
+        await tab('Callers').click();
+        await until(() => refreshes() > before);
+        relay.gridview.holds = {};
+        return release;
+    }
+
+    it('shows the rows of the last object, even if it was chosen while others were being read', async () => {
+        const release = await openSlowly();
+        await tab('Functions').click();
+        await choose(1);
+        release();
+        await tab('Callers').click();
+        await waitForRows(['  calls f1']);
+        assert.equal(await title(), 'Callers: f1');
+    });
+
+    it('reads anew what changed while it was being read out of sight', async () => {
+        const release = await openSlowly();
+        await tab('Functions').click();
+        relay.event('FilterChangedEvent');
+        await until(() => refreshes() === 3);
+        relay.gridview.trees.selectionParentTree = [gridNode('filtered', [1, 0, 1, 0])];
+        release();
+        await tab('Callers').click();
+        await waitForRows(['  filtered']);
+        assert.equal(refreshes(), 4);
+    });
+
+    it('never shows the rows of one object under the name of another', async () => {
+        await tab('Callers').click();
+        await waitForRows(['  calls f0']);
+        await tab('Functions').click();
+        await choose(1);
+        relay.failures = { 'gridview:refresh': 'no' };
+        await tab('Callers').click();
+        await page.getByRole('alert').getByText('The grid could not be read: no').waitFor();
+        assert.equal(await title(), 'Callers: f1');
+        assert.equal(await grid().count(), 0);
+        relay.failures = {};
+        await page.getByRole('alert').filter({ visible: true }).getByRole('button').click();
+        await waitForRows(['  calls f1']);
+    });
+});
+
+describe('the tabs', () => {
+    it('hold a grid for each view, and callers and callees of the function that was chosen', async () => {
+        const trees = { bottomUp: TREE, topDown: [gridNode('main', [5, 5, 0, 0])], flatProfile: many(3) };
+        await open(trees, 'Functions');
+        await waitForRows(['  f0', '  f1', '  f2']);
+        assert.equal(
+            await page.getByRole('button', { name: 'Expand all' }).filter({ visible: true }).count(),
+            0,
+        );
+        await tab('Callers').click();
+        await page.getByText('Select a function in one of the other grids').waitFor();
+        await tab('Functions').click();
+        await row(1).click();
+        await page.locator('[data-row="1"][aria-selected=true]').waitFor();
+        await tab('Callees').click();
+        await page
+            .getByRole('alert')
+            .getByText('FailedTo.Execute.This.Operation: selectionChildTree')
+            .waitFor();
+        assert.match(
+            lastFrame('refresh'),
+            /<focusObjectInfo><objectid>f1<\/objectid><grouping>\/Function<\/grouping><\/focusObjectInfo>/,
+        );
+        relay.gridview.trees = { ...trees, selectionParentTree: [TREE[0]] };
+        await tab('Callers').click();
+        await waitForRows([CLOSED[0]]);
+        await tab('Top-down').focus();
+        await key('Home');
+        await key('ArrowRight');
+        assert.equal(await tab('Bottom-up').getAttribute('aria-selected'), 'true');
+    });
+});
