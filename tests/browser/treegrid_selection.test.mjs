@@ -3,9 +3,12 @@
 import assert from 'node:assert/strict';
 import { describe, it } from 'node:test';
 import {
+    CLOSED,
+    OPENED,
     TREE,
     currentRow,
     grid,
+    head,
     key,
     lastFrame,
     many,
@@ -15,6 +18,7 @@ import {
     row,
     until,
     useGrids,
+    waitForRows,
 } from './support/grid_fixture.mjs';
 
 useGrids();
@@ -66,6 +70,41 @@ describe('the selection', () => {
         await page.locator('.tg-foot').getByText('Selected: 200 rows').waitFor();
         await key('Escape');
         await page.locator('.tg-foot').waitFor({ state: 'hidden' });
+    });
+
+    it('is of the row that was pressed, although rows moved before its turn came', async () => {
+        await open({ bottomUp: TREE });
+        let release;
+        relay.gridview.holds = { sort: new Promise((resolve) => (release = resolve)) };
+        await head('Change').locator('.tg-sort').click();
+        await row(0).locator('[data-column=c4]').click();
+        release();
+        await waitForRows([...CLOSED.slice(1), `${CLOSED[0]}*`]);
+        assert.equal(await currentRow(), 3);
+        await row(0).locator('.tg-toggle').click();
+        await row(1).filter({ hasText: 'main' }).waitFor();
+        // The second switch is pressed before the first row is open, and is lower afterwards.
+        await grid().evaluate((element) => {
+            const toggles = ['0', '4'].map((at) => element.querySelector(`[data-row="${at}"] .tg-toggle`));
+            for (const toggle of toggles) toggle.click();
+        });
+        await waitForRows([...CLOSED.slice(1), '- multiply*', ...OPENED.slice(1, 3)]);
+    });
+
+    it('keeps the current row over the answer to an older expansion', async () => {
+        await open({ bottomUp: TREE });
+        const release = {};
+        const hold = (name) => new Promise((resolve) => (release[name] = resolve));
+        relay.gridview.holds = { expand: hold('expand'), selection: hold('selection') };
+        await row(0).locator('.tg-toggle').click();
+        await page.locator('.tg-toggle.waiting').waitFor();
+        await row(2).locator('[data-column=c4]').click();
+        await until(() => lastFrame('selection'));
+        release.expand();
+        await row(4).filter({ hasText: 'walk' }).waitFor();
+        release.selection();
+        await waitForRows([...OPENED.slice(0, 4), '  walk*', OPENED[5]]);
+        assert.equal(await currentRow(), 4);
     });
 
     it('has its sums in the footer', async () => {

@@ -1,5 +1,6 @@
 import { type GridAnswer } from './grid_answer.js';
 import { type GridParts } from './grid_parts.js';
+import { type SeenRow } from './grid_state.js';
 import { type Move, MoveCommand } from './move_command.js';
 import { rangeSteps, type SelectionStep } from './selection_steps.js';
 
@@ -22,33 +23,43 @@ export class GridSelection {
     }
 
     press(row: number, { control, shift }: { readonly control: boolean; readonly shift: boolean }): void {
-        if (control && !shift) return this.select('toggle', row);
+        const { queue, state } = this.#parts;
+        const seen = state.seen(row);
+        if (control && !shift) return this.select('toggle', seen);
         const mode = shift ? (control ? 'add' : 'extend') : 'select';
-        this.#parts.queue.add({ run: (signal) => this.goTo(row, mode, signal) });
+        queue.add({
+            run: async (signal) => {
+                const place = state.whereIs(seen);
+                if (place >= 0) await this.goTo(place, mode, signal, seen.id);
+            },
+        });
     }
 
     /** Makes a row the current one and selects as the mode says. */
-    async goTo(row: number, mode: Move['mode'], signal: AbortSignal): Promise<void> {
+    async goTo(row: number, mode: Move['mode'], signal: AbortSignal, id?: string): Promise<void> {
         const { state, view } = this.#parts;
+        const target = { ...state.seen(row), ...(id !== undefined && { id }) };
         const steps = this.#stepsTo(row, mode);
         if (mode === 'select') state.setAnchor(row);
         if (mode === 'extend' || mode === 'add') state.setRangeEnd(row);
         state.currentRow = row;
         view.reveal(row);
         view.drawRows();
-        await this.#run(steps, signal);
+        await this.#run(steps, target, signal);
     }
 
     /** Without a row it is about the current one, as the commands before will have left it. */
-    select(type: 'toggle' | 'all' | 'clear', pressed?: number): void {
+    select(type: 'toggle' | 'all' | 'clear', pressed?: SeenRow): void {
         const { queue, state } = this.#parts;
         queue.add({
             run: async (signal) => {
-                const row = type === 'clear' ? -1 : (pressed ?? state.currentRow);
+                if (type === 'clear') state.currentRow = -1;
+                const target = pressed ?? state.seen(state.currentRow);
+                const row = state.whereIs(target);
                 if (type === 'toggle' && row < 0) return;
-                if (type !== 'all') state.currentRow = row;
-                state.setAnchor(state.currentRow);
-                await this.#run([{ type, row }], signal);
+                state.currentRow = row;
+                state.setAnchor(row);
+                await this.#run([{ type, row }], { ...state.seen(row), id: target.id }, signal);
             },
         });
     }
@@ -59,15 +70,26 @@ export class GridSelection {
         return rangeSteps(this.#parts.state.selection, row, mode === 'add');
     }
 
-    /** Of several steps only the last answer is shown. */
-    async #run(steps: readonly SelectionStep[], signal: AbortSignal): Promise<void> {
+    /** Of several steps only the last answer is shown. `target` is the row that becomes the current one. */
+    async #run(steps: readonly SelectionStep[], target: SeenRow, signal: AbortSignal): Promise<void> {
         const { requests, state, guard, take } = this.#parts;
-        const idOf = (row: number) => state.rows.get(row)?.id ?? '0';
+        const idOf = (row: number) => (row === target.row ? target.id : state.seen(row).id);
         const addressed = steps.map((step) => ({ step, id: idOf(step.row) }));
         await guard('The selection could not be changed', signal, async () => {
             let answer: GridAnswer | undefined;
             for (const { step, id } of addressed) answer = await requests.select(step, id, signal);
             if (answer) take(answer);
+            this.#returnTo(target);
         });
+    }
+
+    /** An answer to something else may have come in between that speaks of the current row as it was before. */
+    #returnTo(target: SeenRow): void {
+        const { state, view } = this.#parts;
+        const place = state.whereIs(target);
+        const isLost = place < 0 && target.row >= 0;
+        if (isLost || place === state.currentRow) return;
+        state.currentRow = place;
+        view.drawRows();
     }
 }

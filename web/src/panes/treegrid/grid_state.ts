@@ -1,10 +1,18 @@
 import { ColumnTree } from './column_tree.js';
 import { type GridAnswer, type GridFooter, type GridRow, type GridSorting } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
-import { type NamedSorting } from './grid_requests.js';
+import { type NamedSorting, type RowAddress } from './grid_requests.js';
 import { RowCache } from './row_cache.js';
 import { type HitCell, type SearchResult } from './search_result.js';
 import { type SelectionPlace } from './selection_steps.js';
+
+/** Stands for the id of a row that is not at hand: its place alone counts. */
+const UNKNOWN_ID = '0';
+
+/** A row as a person saw it: until a command has its turn, others may move it. */
+export interface SeenRow extends RowAddress {
+    readonly layout: number;
+}
 
 /** What a pane knows of its grid: the answers so far, laid over each other. */
 export class GridState {
@@ -17,6 +25,8 @@ export class GridState {
     search: SearchResult | undefined;
     /** The number of the hit that a person is at; 0 if at none. */
     hit = 0;
+    /** Counts how often rows moved: indexes of an earlier count may mean other rows. */
+    #layout = 0;
     #anchor = -1;
     #rangeEnd = -1;
 
@@ -60,6 +70,7 @@ export class GridState {
         const isMoved = answer.rowCount !== this.rowCount;
         const current = this.current;
         if (isMoved) this.rows.clear();
+        if (isMoved || answer.forceUpdate) ++this.#layout;
         this.rowCount = answer.rowCount;
         if (answer.currentRow !== undefined) this.currentRow = answer.currentRow;
         if (answer.sorting) this.sorting = answer.sorting;
@@ -67,9 +78,22 @@ export class GridState {
         this.search = answer.search;
         this.rows.put(answer.startRow, answer.rows);
         // Rows came or went unasked, as when an expansion is stopped half way: the current row moved with them.
-        if (isMoved && answer.currentRow === undefined && current)
-            this.currentRow = this.rows.find(current.id, this.currentRow);
+        if (isMoved && answer.currentRow === undefined && current) {
+            const found = this.rows.find(current.id, this.currentRow);
+            if (found >= 0) this.currentRow = found;
+        }
         if (this.currentRow >= this.rowCount) this.currentRow = -1;
+    }
+
+    /** A row as it stands now, to find it again later. */
+    seen(row: number): SeenRow {
+        return { row, id: this.rows.get(row)?.id ?? UNKNOWN_ID, layout: this.#layout };
+    }
+
+    /** Where a row stands that was seen before; -1 if that is not known any more. */
+    whereIs({ row, id, layout }: SeenRow): number {
+        const found = id === UNKNOWN_ID ? -1 : this.rows.find(id, row);
+        return found < 0 && layout === this.#layout ? row : found;
     }
 
     /** Forgets the rows; what a person made of the columns stays. */
@@ -80,6 +104,7 @@ export class GridState {
         this.footer = undefined;
         this.search = undefined;
         this.hit = 0;
+        ++this.#layout;
         this.#forgetRange();
     }
 

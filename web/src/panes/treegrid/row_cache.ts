@@ -17,11 +17,11 @@ export class RowCache {
         return this.#rows.get(index);
     }
 
-    /** Where the row of that id stands now; `hint` if it is not at hand. */
+    /** Where the row of that id stands now, most likely at `hint`; -1 if it is not at hand. */
     find(id: string, hint: number): number {
         if (this.#rows.get(hint)?.id === id) return hint;
         for (const [index, row] of this.#rows) if (row.id === id) return index;
-        return hint;
+        return -1;
     }
 
     clear(): void {

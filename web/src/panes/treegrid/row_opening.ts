@@ -1,5 +1,6 @@
 import { type GridParts } from './grid_parts.js';
 import { type GridSelection } from './grid_selection.js';
+import { type SeenRow } from './grid_state.js';
 import { PATIENCE } from './stoppable_work.js';
 
 /** Opens and closes single rows. */
@@ -43,7 +44,7 @@ export class RowOpening {
             run: async (signal) => {
                 const { current, currentRow } = state;
                 if (current?.state === '-') await this.#selection.goTo(currentRow + 1, 'select', signal);
-                else if (current?.state === '+') await this.#setOpen(currentRow, true, signal);
+                else if (current?.state === '+') await this.#setOpen(state.seen(currentRow), true, signal);
             },
         });
     }
@@ -54,7 +55,7 @@ export class RowOpening {
         queue.add({
             run: async (signal) => {
                 const { current, currentRow } = state;
-                if (current?.state === '-') return this.#setOpen(currentRow, false, signal);
+                if (current?.state === '-') return this.#setOpen(state.seen(currentRow), false, signal);
                 const parent = state.parentOf(currentRow);
                 if (parent >= 0) await this.#selection.goTo(parent, 'select', signal);
             },
@@ -62,14 +63,16 @@ export class RowOpening {
     }
 
     toggle(index: number): void {
-        const row = this.#parts.state.rows.get(index);
+        const { queue, state } = this.#parts;
+        const row = state.rows.get(index);
         if (!row) return;
         const opening = this.#opening.get(row.id);
         if (opening) return opening.abort();
         if (row.state !== '+' && row.state !== '-') return;
-        this.#parts.queue.add({
+        const seen = state.seen(index);
+        queue.add({
             holdsUpFor: PATIENCE,
-            run: (signal) => this.#setOpen(index, row.state === '+', signal),
+            run: (signal) => this.#setOpen(seen, row.state === '+', signal),
         });
     }
 
@@ -82,25 +85,27 @@ export class RowOpening {
                 const { current, currentRow } = state;
                 const opening = current && this.#opening.get(current.id);
                 if (opening) opening.abort();
-                else await this.#setOpen(currentRow, current?.state === '+', signal);
+                else await this.#setOpen(state.seen(currentRow), current?.state === '+', signal);
             },
         });
     }
 
-    async #setOpen(index: number, open: boolean, signal: AbortSignal): Promise<void> {
+    async #setOpen(seen: SeenRow, open: boolean, signal: AbortSignal): Promise<void> {
         const { state, view, loader, requests, guard, take } = this.#parts;
-        const row = state.rows.get(index);
-        if (!row || row.state !== (open ? '+' : '-') || this.#opening.has(row.id)) return;
+        const address = { row: state.whereIs(seen), id: seen.id };
+        const known = state.rows.get(address.row);
+        const isAtHand = known?.id === seen.id;
+        if (address.row < 0 || this.#opening.has(seen.id)) return;
+        if (isAtHand && known.state !== (open ? '+' : '-')) return;
         const stop = new AbortController();
         const forward = () => stop.abort();
         signal.addEventListener('abort', forward, { once: true });
-        this.#opening.set(row.id, stop);
-        if (open) state.rows.update(index, { state: 'w' });
+        this.#opening.set(seen.id, stop);
+        if (open && isAtHand) state.rows.update(address.row, { state: 'w' });
         view.drawRows();
         await guard(`The row could not be ${open ? 'opened' : 'closed'}`, signal, async () => {
-            const address = { row: index, id: row.id };
             const ask = open ? requests.expand(address, stop.signal) : requests.collapse(address, stop.signal);
-            const answer = await ask.finally(() => this.#opening.delete(row.id));
+            const answer = await ask.finally(() => this.#opening.delete(seen.id));
             take(answer);
         });
         signal.removeEventListener('abort', forward);

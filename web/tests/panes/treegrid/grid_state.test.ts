@@ -37,6 +37,20 @@ describe('the state of a grid', () => {
         expect(state.currentRow).toBe(6);
     });
 
+    it('finds a row again that was seen, as long as that is possible', () => {
+        const state = new GridState();
+        state.take(answer({ startRow: 2 }, [0, 0]));
+        const [known, unknown] = [state.seen(3), state.seen(7)];
+        expect([known, unknown].map((seen) => state.whereIs(seen))).toEqual([3, 7]);
+        state.take(answer({ startRow: 5 }, [0]));
+        expect([known, unknown].map((seen) => state.whereIs(seen))).toEqual([3, 7]);
+        const moved = { view: { startRow: 4, rowCount: 10, forceUpdate: 1 }, rows: [{ id: '2' }, { id: '3' }] };
+        state.take(readGridAnswer(bagOf(moved)));
+        expect([known, unknown].map((seen) => state.whereIs(seen))).toEqual([5, -1]);
+        state.take(answer({ forceUpdate: 1 }, [0]));
+        expect(state.whereIs(known)).toBe(-1);
+    });
+
     it('keeps the current row until an answer speaks of it, and none behind the end', () => {
         const state = new GridState();
         state.take(answer({ currentRow: 7 }, [0]));
