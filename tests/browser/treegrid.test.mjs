@@ -61,7 +61,7 @@ describe('a tree grid', () => {
             lastFrame('refresh'),
             '<msg><request><id>N</id><type>gridview:refresh</type><queryType>bottomUp</queryType>' +
                 `${ids}<row><_ type="s32_t">0</_></row><count><_ type="s32_t">80</_></count>${window}` +
-                '<stackMode><_>tree</_></stackMode><columns><column><_>/Metrics</_></column></columns></request></msg>',
+                '<columns><column><_>/Metrics</_></column></columns></request></msg>',
         );
         await scrollTo(200 * 24);
         await row(210).locator('.tg-text').first().waitFor();

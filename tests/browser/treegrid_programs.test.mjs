@@ -133,6 +133,26 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         await page.getByText('↘ walk → step').waitFor();
     });
 
+    it('keep chains folded over a reload of the page and a restart of the library', async () => {
+        const folded = page.getByText('↘ walk → step').filter({ visible: true });
+        const isPressed = page.locator('.tg-pane:not([hidden]) [aria-pressed=true]', { hasText: 'Chains' });
+        await page.reload();
+        await grid.choose('Top-down');
+        await folded.waitFor();
+        await isPressed.waitFor();
+        await session.killHost();
+        await page.locator('#status').filter({ hasNotText: 'Connected' }).waitFor();
+        session.startHost();
+        await waitForStatus(page, 'Connected');
+        await grid.waitForRows(['+ main']);
+        await grid.element.focus();
+        await page.keyboard.press('*');
+        await folded.waitFor();
+        await isPressed.click();
+        await isPressed.waitFor({ state: 'detached' });
+        await folded.waitFor({ state: 'detached' });
+    });
+
     it('show callers and callees of a function', async () => {
         await grid.choose('Functions');
         await grid.row(1).click();

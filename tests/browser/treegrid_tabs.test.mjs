@@ -10,6 +10,7 @@ import {
     key,
     lastFrame,
     many,
+    onPage,
     open,
     page,
     relay,
@@ -82,6 +83,52 @@ describe('a grid about an object', () => {
         relay.failures = {};
         await page.getByRole('alert').filter({ visible: true }).getByRole('button').click();
         await waitForRows(['  calls f1']);
+    });
+});
+
+describe('the stack mode', () => {
+    const chains = (isPressed) =>
+        page.locator(`.tg-pane:not([hidden]) .button[aria-pressed=${isPressed}]`, { hasText: 'Chains' });
+    const told = () =>
+        relay
+            .requests('gridview:changeStackMode')
+            .map((frame) => /<stackMode><_>(\w+)</.exec(frame)[1])
+            .join(' ');
+
+    beforeEach(async () => {
+        await open({ bottomUp: TREE });
+        assert.equal(told(), '');
+        await chains(false).click();
+        await until(() => told() === 'chain');
+    });
+
+    it('outlives a reload of the page and a restart of the library', async () => {
+        await page.reload();
+        await onPage.choose('Bottom-up');
+        await chains(true).waitFor();
+        await until(() => told() === 'chain chain');
+        relay.gridview.forget();
+        relay.setLibrary(false);
+        relay.setLibrary(true);
+        await until(() => told() === 'chain chain chain');
+        await chains(true).click();
+        await chains(false).waitFor();
+        await until(() => told() === 'chain chain chain tree');
+        assert.ok(!lastFrame('refresh').includes('stackMode'));
+    });
+
+    it('is told again if a change of data came in between, and taken back if it failed', async () => {
+        relay.gridview.holds = { changeStackMode: new Promise(() => {}) };
+        await chains(true).click();
+        await until(() => told() === 'chain tree');
+        relay.gridview.holds = {};
+        relay.event('DataChangedEvent');
+        await until(() => told() === 'chain tree tree');
+        await chains(false).waitFor();
+        relay.failures = { 'gridview:changeStackMode': 'no' };
+        await chains(false).click();
+        await page.getByRole('alert').getByText('The stack mode could not be changed: no').waitFor();
+        await chains(false).waitFor();
     });
 });
 

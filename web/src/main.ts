@@ -13,7 +13,10 @@ const client = new RequestClient(new ReconnectingSocket(() => new WebSocket(url)
 client.onProblem((text) => console.warn(text));
 
 new StatusLine(byId('status'), client);
-addProfileTabs(new Tabs(byId('tabs'), byId('panes')), client, pageId(sessionStorage));
+addProfileTabs(new Tabs(byId('tabs'), byId('panes')), client, {
+    id: pageId(sessionStorage),
+    store: sessionStorage,
+});
 byId('options').addEventListener('click', () => openOptionsDialog(client));
 
 client.start();

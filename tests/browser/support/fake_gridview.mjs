@@ -309,6 +309,11 @@ export class FakeGridView {
     exports = [];
     #grids = new Map();
 
+    /** Forgets all grids, as a library does that is started anew. */
+    forget() {
+        this.#grids.clear();
+    }
+
     reset(trees) {
         this.trees = trees;
         this.holds = {};

@@ -36,7 +36,7 @@ export const many = (count) =>
 export let relay;
 export let browser;
 export let page;
-let onPage;
+export let onPage;
 
 /** Has a relay and a browser for the tests of a file. */
 export function useGrids() {

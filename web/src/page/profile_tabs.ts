@@ -5,7 +5,7 @@ import { type RequestClient } from '../wire/index.js';
 import { type Tabs } from './tabs.js';
 
 /** What tells one tree grid of the page from another. */
-interface GridTab extends Omit<TreeGridSettings, 'query' | 'gridId' | 'onFocus' | 'title'> {
+interface GridTab extends Omit<TreeGridSettings, 'query' | 'gridId' | 'onFocus' | 'title' | 'store'> {
     readonly label: string;
     readonly queryType: string;
     readonly grouping: string;
@@ -58,19 +58,26 @@ const GRID_TABS: readonly GridTab[] = [
     },
 ];
 
-/** Puts the panes of a profile into tabs. @param page names this page among all that the host serves. */
-export function addProfileTabs(tabs: Tabs, client: RequestClient, page: string): void {
+/** The name of this page among all that the host serves, and what its grids keep over a reload. */
+export interface PageMemory {
+    readonly id: string;
+    readonly store: Pick<Storage, 'getItem' | 'setItem'>;
+}
+
+/** Puts the panes of a profile into tabs. */
+export function addProfileTabs(tabs: Tabs, client: RequestClient, page: PageMemory): void {
     const focused = new FocusedObject();
     tabs.add('Table', () => new TablePane(client, { title: 'Functions', rowName: ['function', 'functions'] }));
     for (const tab of GRID_TABS) tabs.add(tab.label, () => openGrid(client, page, tab, focused));
 }
 
-function openGrid(client: RequestClient, page: string, tab: GridTab, focused: FocusedObject): TreeGridPane {
+function openGrid(client: RequestClient, page: PageMemory, tab: GridTab, focused: FocusedObject): TreeGridPane {
     const { label, queryType, grouping } = tab;
     const pane = new TreeGridPane(client, {
         ...tab,
         title: label,
-        gridId: `${page}-${queryType}`,
+        gridId: `${page.id}-${queryType}`,
+        store: page.store,
         query: { queryType, grouping, expandLevels: 0 },
         onFocus: (focus) => focused.set(focus),
     });

@@ -41,7 +41,6 @@ export interface NamedSorting {
 
 /** What a refresh may bring along. */
 export interface RefreshWishes {
-    readonly stackMode: StackMode;
     readonly focus?: FocusObject | undefined;
     /** For a host that does not know the grid yet; one that does keeps its own. */
     readonly sorting?: NamedSorting | undefined;
@@ -70,11 +69,10 @@ export class GridRequests {
         this.#query = query;
     }
 
+    /** Says nothing of the stack mode: the host would note a new one without changing its rows. */
     async refresh(window: RowRange, wishes: RefreshWishes, signal: AbortSignal): Promise<GridAnswer> {
-        const { stackMode, focus, sorting } = wishes;
-        const request = this.#withWindow(this.#bag(), window)
-            .put('queryType', text(this.#query.queryType))
-            .putOwn('stackMode', text(stackMode));
+        const { focus, sorting } = wishes;
+        const request = this.#withWindow(this.#bag(), window).put('queryType', text(this.#query.queryType));
         request.addChild('columns').putOwn('column', text('/Metrics'));
         if (focus)
             request

@@ -20,6 +20,7 @@ import { GridView } from './grid_view.js';
 import { type KeyCommand } from './key_commands.js';
 import { PaneFrame } from './pane_frame.js';
 import { RowOpening } from './row_opening.js';
+import { StackModeWish } from './stack_mode_wish.js';
 import { PATIENCE, StoppableWork } from './stoppable_work.js';
 import { WindowLoader } from './window_loader.js';
 
@@ -35,6 +36,8 @@ export interface TreeGridSettings {
     readonly needsFocus?: string;
     /** The grouping that the object ids of each level's rows belong to; the last goes for deeper levels too. */
     readonly focusGroupings: readonly string[];
+    /** Keeps what outlives a reload of the page. */
+    readonly store: Pick<Storage, 'getItem' | 'setItem'>;
     /** The row that a person went to. */
     readonly onFocus?: (focus: FocusObject) => void;
 }
@@ -54,6 +57,7 @@ export class TreeGridPane {
     readonly #frame: PaneFrame;
     readonly #view: GridView;
     readonly #search: GridSearch;
+    readonly #stackMode: StackModeWish;
     readonly #work = new StoppableWork((text) => this.#showBusy(text));
     readonly #unsubscribe: (() => void)[];
     readonly #selection: GridSelection;
@@ -63,7 +67,6 @@ export class TreeGridPane {
         changeTree: (tree) => this.#changeTree(tree),
         resize: (column, by) => this.#view.resize(column, this.#view.widthOf(column) + by),
     };
-    #stackMode: StackMode = 'tree';
     #focus: FocusObject | undefined;
     #isActive = false;
     /** Counts what made the data out of date; what is shown is that of some count. */
@@ -77,6 +80,7 @@ export class TreeGridPane {
         this.#settings = settings;
         this.#client = client;
         this.#requests = new GridRequests(client, settings.gridId, settings.query);
+        this.#stackMode = new StackModeWish(settings.store, settings.gridId);
         this.#view = new GridView(settings.title, this.#state, {
             shownChanged: () => this.#shownChanged(),
             rowPressed: (row, keys) => this.#selection.press(row, keys),
@@ -93,6 +97,7 @@ export class TreeGridPane {
             guard: (signal, step) => this.#guard('The search failed', signal, step),
         });
         this.#frame = this.#makeFrame();
+        this.#frame.showStackMode(this.#stackMode.mode);
         this.element = this.#frame.element;
         this.element.addEventListener('keydown', (event) => this.#takeKey(event));
         this.#loader = this.#makeLoader();
@@ -102,6 +107,7 @@ export class TreeGridPane {
         this.#frame.showMessage(settings.needsFocus ?? 'Waiting for data…');
         this.#unsubscribe = [
             onDataChange(client, () => this.#refreshSoon()),
+            client.onEvent('relay:libraryConnected', () => this.#stackMode.forgetTold()),
             // Whoever changes the data waits for the panes to be quiet.
             client.onEvent('WaitForOtherPanesStopDataRequests', () => this.#loader.cancel()),
             client.onEvent('CancelDataChangeEvent', () => this.#isActive && this.#loader.update()),
@@ -160,7 +166,6 @@ export class TreeGridPane {
         this.#showBusy(this.#slowWork);
         await this.#guard('The grid could not be read', signal, async () => {
             const wishes = {
-                stackMode: this.#stackMode,
                 focus: this.#focus,
                 sorting: this.#state.namedSorting,
             };
@@ -176,6 +181,7 @@ export class TreeGridPane {
             // A host that was started anew knows nothing of the columns that a person hid.
             const kept = this.#state.tree.withWishesOf(tree);
             if (kept !== this.#state.tree) this.#changeTree(kept);
+            if (this.#stackMode.isUntold) this.#changeStackMode(this.#stackMode.mode);
         });
         if (signal.aborted) return;
         this.#isReading = false;
@@ -361,17 +367,28 @@ export class TreeGridPane {
         });
     }
 
+    /** The mode counts from now on: should the command be dropped for a refresh, the refresh has it told again. */
     #changeStackMode(mode: StackMode): void {
+        this.#setStackMode(() => this.#stackMode.set(mode));
         const words = {
             failed: 'The stack mode could not be changed',
             running: mode === 'chain' ? 'Looking for chains' : 'Unfolding chains',
         };
-        this.#longCommand(words, undefined, async (signal) => {
-            const answer = await this.#requests.changeStackMode(mode, signal);
-            this.#stackMode = mode;
-            this.#frame.showStackMode(mode);
-            this.#take(answer);
+        this.#longCommand(words, undefined, async (stop, signal) => {
+            try {
+                const answer = await this.#requests.changeStackMode(mode, stop);
+                this.#stackMode.setTold(mode);
+                this.#take(answer);
+            } catch (failure) {
+                if (!signal.aborted) this.#setStackMode(() => this.#stackMode.takeBack());
+                throw failure;
+            }
         });
+    }
+
+    #setStackMode(set: () => void): void {
+        set();
+        this.#frame.showStackMode(this.#stackMode.mode);
     }
 
     // --------------------------------------------------------------------------------------------------------- columns
@@ -431,11 +448,11 @@ export class TreeGridPane {
     #longCommand(
         words: { readonly failed: string; readonly running: string },
         holdsUpFor: number | undefined,
-        run: (signal: AbortSignal) => Promise<void>,
+        run: (stop: AbortSignal, signal: AbortSignal) => Promise<void>,
     ): void {
         const stoppable = (signal: AbortSignal) =>
             this.#work.run(`${words.running}… Esc stops`, signal, (stop) =>
-                this.#guard(words.failed, signal, () => run(stop)),
+                this.#guard(words.failed, signal, () => run(stop, signal)),
             );
         this.#queue.add({
             holdsUpFor,
