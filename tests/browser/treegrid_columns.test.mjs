@@ -85,6 +85,44 @@ describe('the columns', () => {
         assert.equal(await row(0).locator('[data-column=c4] .tg-text').textContent(), '1400000');
     });
 
+    it('never get narrower than can be read, and change from the width that they show', async () => {
+        const width = (name) => head(name).evaluate((element) => element.offsetWidth);
+        const press = async (name, label) => {
+            await head(name).locator('.tg-sort').click({ button: 'right' });
+            await choose(label);
+        };
+        for (let time = 0; time < 4; ++time) await press('Self', 'Narrower');
+        assert.equal(await width('Self'), 48);
+        assert.equal(await width('Change'), 150);
+        const before = await width('Function');
+        assert.ok(before > 300, `${before}`);
+        await press('Function', 'Narrower');
+        assert.equal(await width('Function'), before - 40);
+    });
+
+    it('keep their widths when there are other columns', async () => {
+        const widths = () =>
+            grid()
+                .locator('.tg-head .tg-headcell')
+                .evaluateAll((cells) =>
+                    Object.fromEntries(
+                        cells.map((cell) => [cell.querySelector('.tg-sort').textContent, cell.offsetWidth]),
+                    ),
+                );
+        await head('Self').locator('.tg-sort').click({ button: 'right' });
+        await choose('Wider');
+        assert.equal((await widths()).Self, 190);
+        const other = { Self: 'Change', Change: 'Self' };
+        relay.gridview.columns = relay.gridview.columns.map((column) => ({
+            ...column,
+            caption: other[column.caption] ?? column.caption,
+        }));
+        relay.event('DataChangedEvent');
+        await page.locator('.tg-headcell[data-column=c5]', { hasText: 'Self' }).waitFor();
+        const after = await widths();
+        assert.deepEqual([after.Self, after.Change], [190, 150]);
+    });
+
     it('resize by mouse and are reached by keyboard', async () => {
         const width = () => head('Self').evaluate((element) => element.offsetWidth);
         const grip = await head('Self').locator('.tg-grip').boundingBox();

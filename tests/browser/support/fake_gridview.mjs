@@ -102,7 +102,8 @@ class Grid {
     selected = new Set();
     hits = null;
 
-    constructor(nodes) {
+    constructor(nodes, view) {
+        this.view = view;
         this.take(nodes);
     }
 
@@ -264,7 +265,7 @@ class Grid {
         if (type === 'sort' || type === 'refresh') view.sorting = this.sorting;
         view.multiselection = this.selected.size > 1;
         const rows = this.visible.slice(window.row, window.row + window.count).map((row) => this.row(row));
-        const columns = COLUMNS.map((column, at) => ({
+        const columns = this.view.columns.map((column, at) => ({
             id: `c${at}`,
             ...column,
             ...(column.isData && { barMax: this.maxima[at] }),
@@ -303,6 +304,8 @@ const pathOf = (row) => (row.parent ? `${pathOf(row.parent)}/${row.node.name}` :
 export class FakeGridView {
     /** Query type -> top nodes, or what makes them of the id of the focus object; a type that is missing is one that the library does not offer. */
     trees = {};
+    /** What the columns of all grids are. */
+    columns = COLUMNS;
     /** Operation -> promise; such requests are answered once it is settled. */
     holds = {};
     /** Paths and texts of `exportToCsv`. */
@@ -316,6 +319,7 @@ export class FakeGridView {
 
     reset(trees) {
         this.trees = trees;
+        this.columns = COLUMNS;
         this.holds = {};
         this.exports = [];
         this.#grids.clear();
@@ -352,7 +356,7 @@ export class FakeGridView {
         if (!nodes) throw new Error(`FailedTo.Execute.This.Operation: ${request.queryType}`);
         const known = this.#grids.get(request.gridid);
         if (known) known.take(nodes);
-        else this.#grids.set(request.gridid, new Grid(nodes));
+        else this.#grids.set(request.gridid, new Grid(nodes, this));
     }
 
     #perform(operation, grid, request, row) {

@@ -115,7 +115,7 @@ export class ColumnTree {
 }
 
 /** What tells a column from all others of a grid, in this answer and in the next. */
-function keyOf(column: GridColumn | undefined): string {
+export function keyOf(column: GridColumn | undefined): string {
     return column ? `${column.query} ${column.queryFlag} ${column.caption}` : '';
 }
 

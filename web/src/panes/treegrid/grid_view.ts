@@ -1,6 +1,7 @@
 import { withThousands } from '../../format/number_format.js';
 import { make } from '../../page/dom.js';
 import { drawFootCell } from './cell_view.js';
+import { keyOf } from './column_tree.js';
 import { type GridColumn } from './grid_columns.js';
 import { type GridState } from './grid_state.js';
 import { type HeadListener, HeadView } from './head_view.js';
@@ -22,6 +23,7 @@ export interface GridViewListener extends Omit<HeadListener, 'leaveHead' | 'resi
 const ROW_HEIGHT = 24;
 const DATA_WIDTH = 150;
 const GROUPING_WIDTH = 280;
+const LEAST_WIDTH = 48;
 const SIDEWAYS_STEP = 60;
 
 let viewCount = 0;
@@ -37,7 +39,8 @@ export class GridView {
     readonly #head: HeadView;
     readonly #rows = new RowsView(`grid-${++viewCount}`);
     readonly #foot = make('div', { class: 'tg-foot', role: 'rowgroup', hidden: true });
-    readonly #widths = new Map<number, number>();
+    /** By what lasts of a column: its index may be another one's after a refresh. */
+    readonly #widths = new Map<string, number>();
     readonly #observer: ResizeObserver;
     #state: GridState;
     #frame = 0;
@@ -107,12 +110,17 @@ export class GridView {
     }
 
     resize(column: GridColumn, width: number): void {
-        this.#widths.set(column.index, width);
+        this.#widths.set(keyOf(column), Math.max(LEAST_WIDTH, Math.round(width)));
         this.#setWidths();
     }
 
-    widthOf(column: GridColumn): number {
-        return this.#widths.get(column.index) ?? (column.isGrouping ? GROUPING_WIDTH : DATA_WIDTH);
+    /** Makes a column wider than it shows, or narrower. */
+    resizeBy(column: GridColumn, amount: number): void {
+        this.resize(column, (this.#head.widthOf(column) ?? this.#widthOf(column)) + amount);
+    }
+
+    #widthOf(column: GridColumn): number {
+        return this.#widths.get(keyOf(column)) ?? (column.isGrouping ? GROUPING_WIDTH : DATA_WIDTH);
     }
 
     /** Brings the current hit into sight sideways too. */
@@ -143,11 +151,11 @@ export class GridView {
         const shown = this.#state.tree.shown;
         const tracks = shown.map((column) =>
             // The grouping column takes what is left, unless a person gave it a width.
-            column.isGrouping && !this.#widths.has(column.index)
+            column.isGrouping && !this.#widths.has(keyOf(column))
                 ? `minmax(${GROUPING_WIDTH}px, 1fr)`
-                : `${this.widthOf(column)}px`,
+                : `${this.#widthOf(column)}px`,
         );
-        const least = shown.reduce((sum, column) => sum + this.widthOf(column), 0);
+        const least = shown.reduce((sum, column) => sum + this.#widthOf(column), 0);
         this.element.style.setProperty('--tg-columns', tracks.join(' '));
         this.element.style.setProperty('--tg-width', `${least}px`);
     }

@@ -12,7 +12,6 @@ export interface HeadListener {
     leaveHead(): void;
 }
 
-const LEAST_WIDTH = 48;
 const KEY_STEP = 16;
 
 /**
@@ -38,6 +37,12 @@ export class HeadView {
         state.tree.shown.forEach((column, at) => heads.append(this.#drawHead(state, column, at)));
         this.element.replaceChildren(...groups, heads);
         this.#setStop(Math.min(this.#stop, this.#buttons.length - 1), hadFocus);
+    }
+
+    /** How many pixels wide a column shows; undefined for one that does not. */
+    widthOf(column: GridColumn): number | undefined {
+        const selector = `.tg-headcell:not(.group)[data-column="c${column.index}"]`;
+        return this.element.querySelector<HTMLElement>(selector)?.offsetWidth;
     }
 
     #drawGroupRow(state: GridState, groups: readonly HeadGroup[], rowNumber: number): HTMLElement {
@@ -125,7 +130,7 @@ export class HeadView {
     }
 
     #resize(column: GridColumn, width: number): void {
-        this.#listener.resize(column, Math.max(LEAST_WIDTH, Math.round(width)));
+        this.#listener.resize(column, width);
     }
 
     #takeKey(event: KeyboardEvent, column: GridColumn, at: number): void {

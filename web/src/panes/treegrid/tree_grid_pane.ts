@@ -65,7 +65,7 @@ export class TreeGridPane {
     readonly #columnActions: ColumnMenuActions = {
         sort: (column, isDescending) => this.#sort(column, isDescending),
         changeTree: (tree) => this.#changeTree(tree),
-        resize: (column, by) => this.#view.resize(column, this.#view.widthOf(column) + by),
+        resize: (column, by) => this.#view.resizeBy(column, by),
     };
     #focus: FocusObject | undefined;
     #isActive = false;
