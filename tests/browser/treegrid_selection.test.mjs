@@ -72,6 +72,15 @@ describe('the selection', () => {
         await page.locator('.tg-foot').waitFor({ state: 'hidden' });
     });
 
+    it('grows from the current row although rows moved since it was chosen', async () => {
+        await open({ bottomUp: TREE });
+        await row(0).click();
+        await key('ArrowRight');
+        await waitForRows(['- multiply*', ...OPENED.slice(1)]);
+        for (const name of ['Shift+ArrowDown', 'Shift+ArrowDown']) await key(name);
+        await waitForRows(['- multiply*', '  + solve*', '    main*', ...OPENED.slice(3)]);
+    });
+
     it('is of the row that was pressed, although rows moved before its turn came', async () => {
         await open({ bottomUp: TREE });
         let release;

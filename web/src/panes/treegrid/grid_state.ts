@@ -4,7 +4,7 @@ import { type GridColumn } from './grid_columns.js';
 import { type NamedSorting, type RowAddress } from './grid_requests.js';
 import { RowCache } from './row_cache.js';
 import { type HitCell, type SearchResult } from './search_result.js';
-import { type SelectionPlace } from './selection_steps.js';
+import { anchorOf, type SelectionPlace } from './selection_steps.js';
 
 /** Stands for the id of a row that is not at hand: its place alone counts. */
 const UNKNOWN_ID = '0';
@@ -40,8 +40,9 @@ export class GridState {
         this.#rangeEnd = row;
     }
 
+    /** A range was selected up to that row; called while the current row is still the one before. */
     setRangeEnd(row: number): void {
-        if (this.#anchor < 0) this.#anchor = row;
+        this.#anchor = anchorOf({ anchor: this.#anchor, current: this.currentRow }, row);
         this.#rangeEnd = row;
     }
 

@@ -21,10 +21,16 @@ export interface SelectionPlace {
  * "setSingle" of a row that is the selection already does not move the current row, hence "none" behind it.
  */
 export function rangeSteps(place: SelectionPlace, target: number, add: boolean): SelectionStep[] {
-    const anchor = place.anchor < 0 ? target : place.anchor;
+    const anchor = anchorOf(place, target);
     if (!add && grows(place, target)) return [{ type: 'addRange', row: target }];
     const first: SelectionStep[] = add ? [] : [{ type: 'setSingle', row: anchor }];
     return [...first, { type: 'none', row: anchor }, { type: 'addRange', row: target }];
+}
+
+/** Where a range to `target` begins: if nowhere was chosen, at the current row. */
+export function anchorOf({ anchor, current }: Omit<SelectionPlace, 'rangeEnd'>, target: number): number {
+    if (anchor >= 0) return anchor;
+    return current >= 0 ? current : target;
 }
 
 /** Whether `target` lies beyond the current row as seen from the anchor: then one step is enough. */

@@ -69,6 +69,8 @@ describe('the state of a grid', () => {
         expect(state.selection).toEqual({ anchor: 2, current: 4, rangeEnd: 4 });
         state.take(answer({ forceUpdate: 1, currentRow: 5 }, [0]));
         expect(state.selection).toEqual({ anchor: -1, current: 5, rangeEnd: -1 });
+        state.setRangeEnd(7);
+        expect(state.selection).toEqual({ anchor: 5, current: 5, rangeEnd: 7 });
     });
 
     it('knows the row that holds another, as far as rows are at hand', () => {

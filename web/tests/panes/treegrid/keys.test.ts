@@ -98,6 +98,14 @@ describe('a range of rows', () => {
             [4, 5, 6],
         ],
         ['begins where nothing was', [], { anchor: -1, current: -1, rangeEnd: -1 }, 6, false, [6]],
+        [
+            'begins at the current row if rows moved since',
+            [5],
+            { anchor: -1, current: 5, rangeEnd: -1 },
+            6,
+            false,
+            [5, 6],
+        ],
         ['leaves others out', [0, 4], { anchor: 4, current: 4, rangeEnd: 4 }, 5, false, [4, 5]],
         ['is added to others', [0, 4], { anchor: 4, current: 4, rangeEnd: 4 }, 5, true, [0, 4, 5]],
     ])('%s', (_, before, place, target, add, after) => {
