@@ -72,6 +72,17 @@ describe('the selection', () => {
         await page.locator('.tg-foot').waitFor({ state: 'hidden' });
     });
 
+    it('makes the one selected row the current one again', async () => {
+        await open({ bottomUp: TREE });
+        await row(0).click();
+        await key('Control+ArrowDown');
+        await until(() => relay.requests('gridview:selection').length === 2);
+        await row(0).locator('[data-column=c4]').click();
+        await head('Change').locator('.tg-sort').click();
+        await waitForRows([...CLOSED.slice(1), `${CLOSED[0]}*`]);
+        assert.equal(await currentRow(), 3);
+    });
+
     it('grows from the current row although rows moved since it was chosen', async () => {
         await open({ bottomUp: TREE });
         await row(0).click();

@@ -2,7 +2,7 @@ import { type GridAnswer } from './grid_answer.js';
 import { type GridParts } from './grid_parts.js';
 import { type SeenRow } from './grid_state.js';
 import { type Move, MoveCommand } from './move_command.js';
-import { rangeSteps, type SelectionStep } from './selection_steps.js';
+import { rangeSteps, singleSteps, type SelectionStep } from './selection_steps.js';
 
 /** The way of the current row, and what is selected on it. */
 export class GridSelection {
@@ -65,9 +65,11 @@ export class GridSelection {
     }
 
     #stepsTo(row: number, mode: Move['mode']): SelectionStep[] {
-        if (mode === 'select') return [{ type: 'setSingle', row }];
+        const { state } = this.#parts;
+        if (mode === 'select')
+            return singleSteps(row, state.currentRow, state.rows.get(row)?.isSelected ?? true);
         if (mode === 'keep') return [{ type: 'none', row }];
-        return rangeSteps(this.#parts.state.selection, row, mode === 'add');
+        return rangeSteps(state.selection, row, mode === 'add');
     }
 
     /** Of several steps only the last answer is shown. `target` is the row that becomes the current one. */

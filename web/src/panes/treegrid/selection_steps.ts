@@ -16,9 +16,17 @@ export interface SelectionPlace {
 }
 
 /**
+ * The steps that select a row alone and make it the current one. `isSelected` says that it may be selected already:
+ * "setSingle" of a row that is the whole selection does not move the current row, hence "none" behind it.
+ */
+export function singleSteps(target: number, current: number, isSelected: boolean): SelectionStep[] {
+    const single: SelectionStep = { type: 'setSingle', row: target };
+    return isSelected && target !== current ? [single, { type: 'none', row: target }] : [single];
+}
+
+/**
  * The steps that select everything from the anchor to `target`, and nothing else unless `add`. The host adds the rows
  * from its current row on: so the anchor is made the current row first, alone in the selection or not.
- * "setSingle" of a row that is the selection already does not move the current row, hence "none" behind it.
  */
 export function rangeSteps(place: SelectionPlace, target: number, add: boolean): SelectionStep[] {
     const anchor = anchorOf(place, target);

@@ -1,6 +1,6 @@
 import { describe, expect, it } from 'vitest';
 import { commandOf, type KeyPress, moveTarget } from '../../../src/panes/treegrid/key_commands.js';
-import { rangeSteps, type SelectionPlace } from '../../../src/panes/treegrid/selection_steps.js';
+import { rangeSteps, type SelectionPlace, singleSteps } from '../../../src/panes/treegrid/selection_steps.js';
 
 /** A key as "Control+Shift+a". */
 function press(text: string): KeyPress {
@@ -111,6 +111,17 @@ describe('a range of rows', () => {
     ])('%s', (_, before, place, target, add, after) => {
         const result = selectionAfter(before, place.current, rangeSteps(place, target, add));
         expect(result).toEqual({ selected: after, current: target });
+    });
+
+    it.each<[string, number[], number, boolean, number]>([
+        ['another row', [3], 3, false, 1],
+        ['one of many', [3, 5], 3, true, 2],
+        ['the one selected row, which is not the current one', [5], 3, true, 2],
+        ['the one selected row, which is the current one', [5], 5, true, 1],
+    ])('a row alone: %s', (_, before, current, isSelected, stepCount) => {
+        const steps = singleSteps(5, current, isSelected);
+        expect(selectionAfter(before, current, steps)).toEqual({ selected: [5], current: 5 });
+        expect(steps).toHaveLength(stepCount);
     });
 
     it('takes one request to grow', () => {
