@@ -2,6 +2,7 @@
 
 import assert from 'node:assert/strict';
 import { describe, it } from 'node:test';
+import { gridNode } from './support/fake_gridview.mjs';
 import {
     CLOSED,
     OPENED,
@@ -81,6 +82,26 @@ describe('the selection', () => {
         await head('Change').locator('.tg-sort').click();
         await waitForRows([...CLOSED.slice(1), `${CLOSED[0]}*`]);
         assert.equal(await currentRow(), 3);
+    });
+
+    it('finds the way from a far row to the one that holds it, and Esc ends that', async () => {
+        await open({ bottomUp: [gridNode('all', [1, 0, 1, 0], many(3_000))] });
+        await row(0).locator('.tg-toggle').click();
+        await row(1).waitFor();
+        await grid().focus();
+        await key('End');
+        await row(3_000).locator('.tg-text').first().waitFor();
+        relay.gridview.holds = { scroll: new Promise(() => {}) };
+        await key('ArrowLeft');
+        const busy = page.getByRole('status').filter({ hasText: 'Looking for the row that holds this one' });
+        await busy.waitFor();
+        await key('Escape');
+        await busy.waitFor({ state: 'hidden' });
+        assert.equal(await currentRow(), 3_000);
+        relay.gridview.holds = {};
+        await key('ArrowLeft');
+        await page.locator('[data-row="0"].current[aria-selected=true]').waitFor();
+        assert.equal(await currentRow(), 0);
     });
 
     it('grows from the current row although rows moved since it was chosen', async () => {

@@ -3,6 +3,7 @@ import { type GridAnswer } from './grid_answer.js';
 import { type GridRequests } from './grid_requests.js';
 import { type GridState } from './grid_state.js';
 import { type GridView } from './grid_view.js';
+import { type StoppableWork } from './stoppable_work.js';
 import { type WindowLoader } from './window_loader.js';
 
 /** What the parts of a pane share. */
@@ -12,6 +13,7 @@ export interface GridParts {
     readonly view: GridView;
     readonly queue: CommandQueue;
     readonly loader: WindowLoader;
+    readonly work: StoppableWork;
     /** Takes an answer that speaks of the whole grid. */
     take(answer: GridAnswer): void;
     /** Runs a step and tells what goes wrong. */

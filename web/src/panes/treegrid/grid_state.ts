@@ -97,6 +97,11 @@ export class GridState {
         return found < 0 && layout === this.#layout ? row : found;
     }
 
+    /** Whether rows moved since that one was seen. */
+    hasMovedSince({ layout }: SeenRow): boolean {
+        return layout !== this.#layout;
+    }
+
     /** Forgets the rows; what a person made of the columns stays. */
     dropRows(): void {
         this.rows.clear();
@@ -109,13 +114,11 @@ export class GridState {
         this.#forgetRange();
     }
 
-    /** The row that holds this one, as far as rows are at hand; -1 if it is not. */
-    parentOf(index: number): number {
-        const level = this.rows.get(index)?.level ?? 0;
+    /** The next row above that is of a lower level than the given one, or not at hand; -1 if there is neither. */
+    higherOrUnknown(index: number, level: number): number {
         for (let above = index - 1; level > 0 && above >= 0; --above) {
             const row = this.rows.get(above);
-            if (!row) return -1;
-            if (row.level < level) return above;
+            if (!row || row.level < level) return above;
         }
         return -1;
     }

@@ -1,6 +1,7 @@
 import { type GridParts } from './grid_parts.js';
 import { type GridSelection } from './grid_selection.js';
 import { type SeenRow } from './grid_state.js';
+import { ParentSearch } from './parent_search.js';
 import { PATIENCE } from './stoppable_work.js';
 
 /** Opens and closes single rows. */
@@ -56,10 +57,23 @@ export class RowOpening {
             run: async (signal) => {
                 const { current, currentRow } = state;
                 if (current?.state === '-') return this.#setOpen(state.seen(currentRow), false, signal);
-                const parent = state.parentOf(currentRow);
-                if (parent >= 0) await this.#selection.goTo(parent, 'select', signal);
+                await this.#leave(currentRow, signal);
             },
         });
+    }
+
+    /** Goes to the row that holds this one, which may be far above. */
+    async #leave(row: number, signal: AbortSignal): Promise<void> {
+        const { requests, state, work, loader, guard } = this.#parts;
+        const search = new ParentSearch(requests, state);
+        let parent = -1;
+        await work.run('Looking for the row that holds this one… Esc stops', signal, (stop) =>
+            guard('The row above could not be found', signal, async () => {
+                parent = await search.parentOf(row, stop);
+            }),
+        );
+        if (parent >= 0) await this.#selection.goTo(parent, 'select', signal);
+        if (search.hasAsked && !signal.aborted) loader.reload();
     }
 
     toggle(index: number): void {

@@ -253,6 +253,7 @@ export class TreeGridPane {
             view: this.#view,
             queue: this.#queue,
             loader: this.#loader,
+            work: this.#work,
             take: (answer) => this.#take(answer),
             guard: (whatFailed, signal, step) => this.#guard(whatFailed, signal, step),
         };

@@ -73,12 +73,13 @@ describe('the state of a grid', () => {
         expect(state.selection).toEqual({ anchor: 5, current: 5, rangeEnd: 7 });
     });
 
-    it('knows the row that holds another, as far as rows are at hand', () => {
+    it('knows the row above that is higher, as far as rows are at hand', () => {
         const state = new GridState();
         state.take(answer({ startRow: 2 }, [0, 1, 2, 2, 1]));
-        expect([2, 3, 4, 5, 6, 9].map((index) => state.parentOf(index))).toEqual([-1, 2, 3, 3, 2, -1]);
+        const higher = [0, 1, 2, 2, 1].map((level, at) => state.higherOrUnknown(at + 2, level));
+        expect(higher).toEqual([-1, 2, 3, 3, 2]);
         state.take(answer({ startRow: 4 }, [2, 2]));
-        expect(state.parentOf(5)).toBe(-1);
+        expect([state.higherOrUnknown(5, 2), state.higherOrUnknown(0, 2)]).toEqual([3, -1]);
     });
 
     it('loses hits and footer with the answer that has none', () => {
