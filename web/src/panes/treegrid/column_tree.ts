@@ -1,5 +1,5 @@
 import { Bag, bool, s32, text } from '../../wire/index.js';
-import { type ColumnNode, type GridColumn } from './grid_columns.js';
+import { canHaveFormat, type ColumnNode, type GridColumn } from './grid_columns.js';
 
 /** A column that is open: it heads the columns below it instead of showing itself. */
 export interface HeadGroup {
@@ -72,11 +72,7 @@ export class ColumnTree {
             if (wish.isCollapsed !== node.isCollapsed) tree = tree.withCollapsed(node.column, wish.isCollapsed);
             const column = this.columns[node.column];
             const format = earlier.columns[wish.column]?.format;
-            if (
-                format !== undefined &&
-                column?.availableFormats.some(({ id }) => id === format) &&
-                format !== column.format
-            )
+            if (column && format !== undefined && format !== column.format && canHaveFormat(column, format))
                 tree = tree.withFormat(node.column, format);
         }
         return tree;

@@ -107,6 +107,13 @@ function readFormat(plain: Plain): ColumnFormat {
     return { id, label: textOr(format['displayName'], formatLabel(id)) };
 }
 
+/** The host offers these for differences only, but takes them for every column of numbers. */
+export const PERCENT_FORMATS: readonly string[] = ['percent', 'percent_by'];
+
+export function canHaveFormat({ isData, availableFormats }: GridColumn, format: string): boolean {
+    return (isData && PERCENT_FORMATS.includes(format)) || availableFormats.some(({ id }) => id === format);
+}
+
 /** What a format is called where the host gives it no name. */
 export function formatLabel(id: string): string {
     if (id === 'percent_by') return 'Percent of the base metric';

@@ -84,11 +84,19 @@ describe('the tree of columns', () => {
         expect(tree.withWishesOf(tree)).toBe(tree);
         const others = readColumns([{ caption: 'name' }, { caption: 'other' }]);
         expect(new ColumnTree(others, readHierarchy({}, others)).withWishesOf(own).shown).toHaveLength(2);
-        const percent = { ...COLUMNS[6]!, availableFormats: [{ id: 'percent', label: '' }] };
-        const offering = new ColumnTree([...COLUMNS.slice(0, 6), percent], tree.roots);
-        const wished = offering.withWishesOf(tree.withFormat(6, 'percent').withFormat(5, 'percent'));
-        expect(wished.columns.map(({ format }) => format)[6]).toBe('percent');
-        expect(wished.columns.map(({ format }) => format)[5]).toBe('time');
+    });
+
+    it.each<[string, number, string, string]>([
+        ['percent for every column of numbers', 5, 'percent', 'percent'],
+        ['percent of the base metric, too', 5, 'percent_by', 'percent_by'],
+        ['what the column offers', 6, 'bytes', 'bytes'],
+        ['nothing that it does not offer', 5, 'bytes', 'time'],
+        ['no percent for names', 0, 'percent', 'time'],
+    ])('takes over formats: %s', (_, column, format, expected) => {
+        const bytes = { ...COLUMNS[6]!, availableFormats: [{ id: 'bytes', label: '' }] };
+        const offering = new ColumnTree([...COLUMNS.slice(0, 6), bytes], tree.roots);
+        const wished = offering.withWishesOf(tree.withFormat(column, format));
+        expect(wished.columns[column]!.format).toBe(expected);
     });
 
     it('goes to the host as child bags under a bag "column"', () => {
