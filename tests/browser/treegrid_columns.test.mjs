@@ -91,6 +91,21 @@ describe('the columns', () => {
         assert.equal(await row(0).locator('[data-column=c4] .tg-text').textContent(), '1400000');
     });
 
+    it('lead back from percent where the library offers no format at all', async () => {
+        relay.gridview.columns = relay.gridview.columns.map((column) => ({ ...column, availableFormats: [] }));
+        relay.event('DataChangedEvent');
+        await until(() => relay.requests('gridview:refresh').length === 2);
+        await page.locator('.tg-scroller:not([aria-busy])').filter({ visible: true }).waitFor();
+        for (const [label, text] of [
+            ['Percent', '81.8%'],
+            ['Time', '1.400 s'],
+        ]) {
+            await head('Self').locator('.tg-sort').click({ button: 'right' });
+            await choose(label);
+            assert.equal(await row(0).locator('[data-column=c4] .tg-text').textContent(), text);
+        }
+    });
+
     it('never get narrower than can be read, and change from the width that they show', async () => {
         const width = (name) => head(name).evaluate((element) => element.offsetWidth);
         const press = async (name, label) => {

@@ -78,7 +78,8 @@ function plainText(value: Plain): string {
 
 /**
  * The formats to choose from. The library offers percent for differences only, but every cell carries what is 100%
- * for it; so percent is added for each data column whose cells have a base.
+ * for it; so percent is added for each data column whose cells have a base. The format that a column came with at first
+ * is always among them.
  */
 export function formatChoices(column: GridColumn, cells: readonly GridCell[]): ColumnFormat[] {
     const choices = [...column.availableFormats];
@@ -86,6 +87,9 @@ export function formatChoices(column: GridColumn, cells: readonly GridCell[]): C
         if (hasBase && !choices.some((known) => known.id === id)) choices.push({ id, label: formatLabel(id) });
     };
     if (column.isData) {
+        const { ownFormat } = column;
+        if (ownFormat !== '' && !choices.some(({ id }) => id === ownFormat))
+            choices.unshift({ id: ownFormat, label: formatLabel(ownFormat) });
         offer(
             'percent',
             cells.some((cell) => cell.percentBase !== null),

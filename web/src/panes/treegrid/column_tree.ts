@@ -78,6 +78,16 @@ export class ColumnTree {
         return tree;
     }
 
+    /** This tree, in which the columns know the formats that they had in an earlier one at first. */
+    withOwnFormatsOf(earlier: ColumnTree): ColumnTree {
+        const own = new Map(earlier.columns.map((column) => [keyOf(column), column.ownFormat]));
+        const columns = this.columns.map((column) => ({
+            ...column,
+            ownFormat: own.get(keyOf(column)) ?? column.ownFormat,
+        }));
+        return new ColumnTree(columns, this.roots);
+    }
+
     /** The tree as `columnState` wants to have it: children stand as child bags under a bag `column`. */
     toBag(): Bag {
         return this.#fillNode(new Bag().put('dataIndex', s32(-1)), this.roots);

@@ -38,6 +38,8 @@ export interface GridColumn {
     readonly levels: readonly ColumnLevel[];
     /** The format that is in use. */
     readonly format: string;
+    /** The format that it came with at first: the way back from others. */
+    readonly ownFormat: string;
     readonly availableFormats: readonly ColumnFormat[];
     /** How many seconds one unit of a time is. */
     readonly timeUnit: number;
@@ -82,6 +84,7 @@ function readColumn(column: { readonly [key: string]: Plain }, index: number): G
         aliasForUnknown: textOr(column['aliasForUnknown'], ''),
         levels: listOf(column['levels']).map(readLevel),
         format: textOr(column['format'], ''),
+        ownFormat: textOr(column['format'], ''),
         availableFormats: listOf(column['availableFormats']).map(readFormat),
         timeUnit: numberOr(column['timeUnit'], 1),
         // A column whose top rows are all zero has no greatest value of its own.
@@ -110,8 +113,9 @@ function readFormat(plain: Plain): ColumnFormat {
 /** The host offers these for differences only, but takes them for every column of numbers. */
 export const PERCENT_FORMATS: readonly string[] = ['percent', 'percent_by'];
 
-export function canHaveFormat({ isData, availableFormats }: GridColumn, format: string): boolean {
-    return (isData && PERCENT_FORMATS.includes(format)) || availableFormats.some(({ id }) => id === format);
+export function canHaveFormat(column: GridColumn, format: string): boolean {
+    if (format === column.ownFormat || (column.isData && PERCENT_FORMATS.includes(format))) return true;
+    return column.availableFormats.some(({ id }) => id === format);
 }
 
 /** What a format is called where the host gives it no name. */

@@ -67,7 +67,8 @@ export class GridState {
 
     /** An answer that shows more of the same rows. */
     takeWindow(answer: GridAnswer): void {
-        if (answer.columns && answer.hierarchy) this.tree = new ColumnTree(answer.columns, answer.hierarchy);
+        if (answer.columns && answer.hierarchy)
+            this.tree = new ColumnTree(answer.columns, answer.hierarchy).withOwnFormatsOf(this.tree);
         const isMoved = answer.rowCount !== this.rowCount;
         const current = this.current;
         if (isMoved) this.rows.clear();

@@ -66,6 +66,10 @@ describe('the text of a cell', () => {
             'percent_by',
         ]);
         expect(ids({ isData: true }, [cell({})])).toEqual([]);
+        expect(ids({ isData: true, format: 'bytes' }, [cell({ percentBase: 5 })])).toEqual([
+            'bytes',
+            'percent',
+        ]);
         expect(ids({ isInfo: true }, [cell({ percentBase: 5 })])).toEqual([]);
     });
 });

@@ -99,6 +99,13 @@ describe('the tree of columns', () => {
         expect(wished.columns[column]!.format).toBe(expected);
     });
 
+    it('knows the formats that columns came with, whatever they have now', () => {
+        const percent = COLUMNS.map((column) => ({ ...column, format: 'percent', ownFormat: 'percent' }));
+        const later = new ColumnTree(percent, tree.roots).withOwnFormatsOf(tree.withFormat(6, 'percent'));
+        expect([later.columns[6]!.format, later.columns[6]!.ownFormat]).toEqual(['percent', 'time']);
+        expect(later.withWishesOf(tree).columns[6]!.format).toBe('time');
+    });
+
     it('goes to the host as child bags under a bag "column"', () => {
         const small = new ColumnTree(COLUMNS.slice(0, 3), [
             { column: 0, isCollapsed: false, isHidden: false, children: [] },
