@@ -212,6 +212,41 @@ describe('the search', () => {
         assert.equal(await page.evaluate(() => document.activeElement.getAttribute('role')), 'treegrid');
     });
 
+    it('takes steps before the pause after typing is over', async () => {
+        await open({ bottomUp: many(30) });
+        await grid().focus();
+        await key('Control+f');
+        // All in one go: no pause lies between the letters and the keys.
+        await page.getByRole('searchbox').evaluate(async (input) => {
+            input.value = 'f1';
+            input.dispatchEvent(new InputEvent('input', { bubbles: true }));
+            const enter = () =>
+                input.dispatchEvent(new KeyboardEvent('keydown', { key: 'Enter', bubbles: true }));
+            enter();
+            enter();
+            // Timers of one length end in their order: behind this one the pause after typing is over.
+            await new Promise((resolve) => setTimeout(resolve, 200));
+        });
+        await key('Enter');
+        await count().filter({ hasText: '3 of 11' }).waitFor();
+        assert.equal(relay.requests('gridview:search').length, 1);
+    });
+
+    it('counts steps while it runs, instead of beginning anew', async () => {
+        await open({ bottomUp: many(30) });
+        let release;
+        relay.gridview.holds = { search: new Promise((resolve) => (release = resolve)) };
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('f1');
+        await until(() => lastFrame('search')?.includes('<_>f1</_>'));
+        const before = relay.requests('gridview:search').length;
+        for (const name of ['F3', 'F3', 'Shift+F3', 'Enter']) await key(name);
+        release();
+        await count().filter({ hasText: '3 of 11' }).waitFor();
+        assert.equal(relay.requests('gridview:search').length, before);
+    });
+
     it('counts in characters, says that there is nothing, and searches anew after rows changed', async () => {
         await open({ bottomUp: TREE });
         await grid().focus();

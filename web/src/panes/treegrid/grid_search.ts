@@ -2,7 +2,14 @@ import { type GridRequests } from './grid_requests.js';
 import { type GridState } from './grid_state.js';
 import { type GridView } from './grid_view.js';
 import { SearchBar } from './search_bar.js';
-import { type HitPlace, stepHit } from './search_result.js';
+import { type HitPlace, type SearchResult, stepHit } from './search_result.js';
+
+/** A search on its way, and the further steps that wait for its hits. */
+interface RunningSearch {
+    readonly key: string;
+    readonly abort: AbortController;
+    readonly steps: (1 | -1)[];
+}
 
 export interface GridSearchHost {
     /** Makes a row the current one and leaves the selection alone. */
@@ -22,7 +29,7 @@ export class GridSearch {
     readonly #view: GridView;
     readonly #host: GridSearchHost;
     readonly #bar: SearchBar;
-    #running = new AbortController();
+    #running: RunningSearch | undefined;
 
     constructor(requests: GridRequests, state: GridState, view: GridView, host: GridSearchHost) {
         this.#requests = requests;
@@ -30,7 +37,9 @@ export class GridSearch {
         this.#view = view;
         this.#host = host;
         this.#bar = new SearchBar({
-            keyChanged: (key) => void this.#search(key),
+            keyChanged: (key) => {
+                if (!this.#isKnown(key)) void this.#search(key);
+            },
             step: (direction) => this.step(direction),
             closed: () => {
                 view.focus();
@@ -59,7 +68,8 @@ export class GridSearch {
 
     /** Cancels a search that runs. */
     stop(): void {
-        this.#running.abort();
+        this.#running?.abort.abort();
+        this.#running = undefined;
     }
 
     /** Says how many hits there are, as the last answer has it. */
@@ -70,10 +80,21 @@ export class GridSearch {
     /** Goes to the next hit or the one before. */
     step(direction: 1 | -1): void {
         const { key } = this.#bar;
+        this.#bar.settle();
         if (key === '') return this.#bar.open();
+        if (this.#running?.key === key) return void this.#running.steps.push(direction);
         // The rows or the columns changed since: the hits are gone, and a new search goes to the first one.
         if (this.#state.search?.key !== key) return void this.#search(key);
-        const place = stepHit(this.#state.search, this.#state.hit, direction, this.#view.shown.start);
+        this.#stepFrom(this.#state.search, direction);
+    }
+
+    /** Whether the hits of that key are at hand or on their way. */
+    #isKnown(key: string): boolean {
+        return (this.#running ?? this.#state.search)?.key === key;
+    }
+
+    #stepFrom(search: SearchResult, direction: 1 | -1): void {
+        const place = stepHit(search, this.#state.hit, direction, this.#view.shown.start);
         if (place) this.#goTo(place);
     }
 
@@ -87,16 +108,22 @@ export class GridSearch {
     }
 
     async #search(key: string): Promise<void> {
-        this.#running.abort();
-        const running = new AbortController();
+        this.stop();
+        const running: RunningSearch = { key, abort: new AbortController(), steps: [] };
+        const { signal } = running.abort;
         this.#running = running;
-        await this.#host.guard(running.signal, async () => {
-            const result = await this.#requests.search(key, running.signal);
+        await this.#host.guard(signal, async () => {
+            const result = await this.#requests.search(key, signal).finally(() => this.#end(running));
             this.#state.search = key === '' ? undefined : result;
             this.#state.hit = 0;
             this.#showHits();
-            if (result.count > 0) this.step(1);
+            if (result.count === 0) return;
+            for (const direction of [1, ...running.steps] as const) this.#stepFrom(result, direction);
         });
+    }
+
+    #end(running: RunningSearch): void {
+        if (this.#running === running) this.#running = undefined;
     }
 
     #showHits(): void {

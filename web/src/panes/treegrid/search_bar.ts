@@ -61,6 +61,11 @@ export class SearchBar {
         this.#listener.closed();
     }
 
+    /** Takes the key as it is: no search begins because of the typing so far. */
+    settle(): void {
+        clearTimeout(this.#timer);
+    }
+
     /** Says how many hits there are and at which of them one is. Undefined: the hits are not known any more. */
     showCount(count: number | undefined, current: number): void {
         if (this.key === '' || count === undefined) this.#count.textContent = '';
