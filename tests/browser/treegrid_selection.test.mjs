@@ -17,6 +17,7 @@ import {
     page,
     relay,
     row,
+    scrollTo,
     until,
     useGrids,
     waitForRows,
@@ -245,6 +246,26 @@ describe('the search', () => {
         release();
         await count().filter({ hasText: '3 of 11' }).waitFor();
         assert.equal(relay.requests('gridview:search').length, before);
+    });
+
+    it('has no hits of old after the columns changed, whatever answers come in between', async () => {
+        await open({ bottomUp: many(2_000) });
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('f199');
+        await row(199).locator('mark').waitFor();
+        let release;
+        relay.gridview.holds = { columnState: new Promise((resolve) => (release = resolve)) };
+        await head('Self').locator('.tg-sort').click({ button: 'right' });
+        await page.getByRole('menu').getByText('Hide column').click();
+        await page.locator('mark').waitFor({ state: 'detached' });
+        await scrollTo(1_980 * 24);
+        await row(1_990).locator('mark').waitFor();
+        release();
+        await page.waitForFunction(() => document.querySelectorAll('mark').length === 0);
+        assert.equal(await count().textContent(), '');
+        await page.getByRole('button', { name: 'Next' }).click();
+        await count().filter({ hasText: '2 of 11' }).waitFor();
     });
 
     it('counts in characters, says that there is nothing, and searches anew after rows changed', async () => {

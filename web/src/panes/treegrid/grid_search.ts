@@ -72,6 +72,13 @@ export class GridSearch {
         this.#running = undefined;
     }
 
+    /** The hits are those of other rows or columns. */
+    forgetHits(): void {
+        this.#state.search = undefined;
+        this.#state.hit = 0;
+        this.showCount();
+    }
+
     /** Says how many hits there are, as the last answer has it. */
     showCount(): void {
         this.#bar.showCount(this.#state.search?.count, this.#state.hit);

@@ -412,12 +412,13 @@ export class TreeGridPane {
     /** The page shows the change at once; the host has to know it for search, export and what comes after a refresh. */
     #changeTree(tree: ColumnTree): void {
         this.#state.tree = tree;
-        this.#state.search = undefined;
-        this.#state.hit = 0;
+        this.#search.forgetHits();
         this.#view.draw();
         this.#command('The columns could not be changed', async (signal) => {
             await this.#requests.columnState(tree, signal);
-            this.#search.showCount();
+            // Answers from before that may have brought the old hits back.
+            this.#search.forgetHits();
+            this.#view.drawRows();
         });
     }
 
