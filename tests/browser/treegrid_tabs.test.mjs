@@ -15,6 +15,7 @@ import {
     page,
     relay,
     row,
+    scrollTo,
     tab,
     until,
     useGrids,
@@ -68,6 +69,33 @@ describe('a grid about an object', () => {
         await tab('Callers').click();
         await waitForRows(['  filtered']);
         assert.equal(refreshes(), 4);
+    });
+
+    it('follows where a person goes, not what other grids read', async () => {
+        relay.gridview.trees = { ...relay.gridview.trees, bottomUp: TREE, flatProfile: many(500) };
+        relay.event('DataChangedEvent');
+        await row(10).waitFor();
+        await choose(1);
+        await onPage.choose('Bottom-up');
+        await choose(0);
+        await tab('Functions').click();
+        await scrollTo(300 * 24);
+        await row(310).locator('.tg-text').first().waitFor();
+        await tab('Callers').click();
+        await waitForRows(['  calls multiply']);
+        await tab('Functions').click();
+        await grid().focus();
+        await key('End');
+        await page.locator('[data-row="499"][aria-selected=true] .tg-text').first().waitFor();
+        await tab('Callers').click();
+        await waitForRows(['  calls f499']);
+    });
+
+    it('is about the current row of another grid when the page was just opened', async () => {
+        await page.reload();
+        await onPage.choose('Functions');
+        await tab('Callers').click();
+        await waitForRows(['  calls f0']);
     });
 
     it('never shows the rows of one object under the name of another', async () => {

@@ -5,7 +5,10 @@ import { type RequestClient } from '../wire/index.js';
 import { type Tabs } from './tabs.js';
 
 /** What tells one tree grid of the page from another. */
-interface GridTab extends Omit<TreeGridSettings, 'query' | 'gridId' | 'onFocus' | 'title' | 'store'> {
+interface GridTab extends Omit<
+    TreeGridSettings,
+    'query' | 'gridId' | 'onFocus' | 'onRestored' | 'title' | 'store'
+> {
     readonly label: string;
     readonly queryType: string;
     readonly grouping: string;
@@ -80,6 +83,7 @@ function openGrid(client: RequestClient, page: PageMemory, tab: GridTab, focused
         store: page.store,
         query: { queryType, grouping, expandLevels: 0 },
         onFocus: (focus) => focused.set(focus),
+        onRestored: (focus) => focused.offer(focus),
     });
     if (tab.needsFocus) focused.follow((focus) => pane.setFocus(focus));
     return pane;
@@ -93,6 +97,11 @@ class FocusedObject {
     set(focus: FocusObject): void {
         this.#current = focus;
         for (const follow of this.#followers) follow(focus);
+    }
+
+    /** Takes an object that nobody chose on this page, as long as there is no other. */
+    offer(focus: FocusObject): void {
+        if (!this.#current) this.set(focus);
     }
 
     follow(follower: (focus: FocusObject) => void): void {

@@ -16,6 +16,8 @@ export interface GridParts {
     readonly work: StoppableWork;
     /** Takes an answer that speaks of the whole grid. */
     take(answer: GridAnswer): void;
+    /** A person went to the row that is the current one now. */
+    wentToCurrent(): void;
     /** Runs a step and tells what goes wrong. */
     guard(whatFailed: string, signal: AbortSignal, step: () => Promise<void>): Promise<void>;
 }

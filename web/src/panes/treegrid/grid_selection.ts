@@ -74,7 +74,7 @@ export class GridSelection {
 
     /** Of several steps only the last answer is shown. `target` is the row that becomes the current one. */
     async #run(steps: readonly SelectionStep[], target: SeenRow, signal: AbortSignal): Promise<void> {
-        const { requests, state, guard, take } = this.#parts;
+        const { requests, state, guard, take, wentToCurrent } = this.#parts;
         const idOf = (row: number) => (row === target.row ? target.id : state.seen(row).id);
         const addressed = steps.map((step) => ({ step, id: idOf(step.row) }));
         await guard('The selection could not be changed', signal, async () => {
@@ -82,6 +82,7 @@ export class GridSelection {
             for (const { step, id } of addressed) answer = await requests.select(step, id, signal);
             if (answer) take(answer);
             this.#returnTo(target);
+            if (steps.at(-1)?.type !== 'all') wentToCurrent();
         });
     }
 

@@ -3,7 +3,6 @@ import { withThousands } from '../../format/number_format.js';
 import { showMenu } from '../../page/menu.js';
 import { RequestCanceled, type RequestClient, RequestFailed } from '../../wire/index.js';
 import { onDataChange } from '../data_events.js';
-import { cellText } from './cell_text.js';
 import { copyText } from './clipboard.js';
 import { columnMenu, type ColumnMenuActions, columnsMenu } from './column_menus.js';
 import { type ColumnTree } from './column_tree.js';
@@ -11,6 +10,7 @@ import { CommandQueue } from './command_queue.js';
 import { openCsvDialog } from './csv_dialog.js';
 import { type GridAnswer, type GridCell } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
+import { type FocusListener, GridFocus } from './grid_focus.js';
 import { type GridParts } from './grid_parts.js';
 import { type FocusObject, type GridQuery, GridRequests, type StackMode } from './grid_requests.js';
 import { GridSearch } from './grid_search.js';
@@ -24,7 +24,7 @@ import { StackModeWish } from './stack_mode_wish.js';
 import { PATIENCE, StoppableWork } from './stoppable_work.js';
 import { WindowLoader } from './window_loader.js';
 
-export interface TreeGridSettings {
+export interface TreeGridSettings extends FocusListener {
     readonly title: string;
     /** Unique among all grids that the host serves. */
     readonly gridId: string;
@@ -34,12 +34,8 @@ export interface TreeGridSettings {
     readonly hasStackModes: boolean;
     /** The grid is about an object that is chosen elsewhere, and says this until there is one. */
     readonly needsFocus?: string;
-    /** The grouping that the object ids of each level's rows belong to; the last goes for deeper levels too. */
-    readonly focusGroupings: readonly string[];
     /** Keeps what outlives a reload of the page. */
     readonly store: Pick<Storage, 'getItem' | 'setItem'>;
-    /** The row that a person went to. */
-    readonly onFocus?: (focus: FocusObject) => void;
 }
 
 /** Before the view was ever seen its height is unknown: about what fits a screen. */
@@ -58,6 +54,7 @@ export class TreeGridPane {
     readonly #view: GridView;
     readonly #search: GridSearch;
     readonly #stackMode: StackModeWish;
+    readonly #focusTold: GridFocus;
     readonly #work = new StoppableWork((text) => this.#showBusy(text));
     readonly #unsubscribe: (() => void)[];
     readonly #selection: GridSelection;
@@ -80,6 +77,7 @@ export class TreeGridPane {
         this.#settings = settings;
         this.#client = client;
         this.#requests = new GridRequests(client, settings.gridId, settings.query);
+        this.#focusTold = new GridFocus(this.#state, settings);
         this.#stackMode = new StackModeWish(settings.store, settings.gridId);
         this.#view = new GridView(settings.title, this.#state, {
             shownChanged: () => this.#shownChanged(),
@@ -124,6 +122,7 @@ export class TreeGridPane {
     /** The pane is seen from now on: it reads what changed while it was not. */
     activate(): void {
         this.#isActive = true;
+        this.#focusTold.setInSight(true);
         if (this.#shown !== this.#wanted) this.refresh();
         else this.#view.draw();
     }
@@ -131,6 +130,7 @@ export class TreeGridPane {
     /** The pane is not seen any more and asks for nothing. */
     deactivate(): void {
         this.#isActive = false;
+        this.#focusTold.setInSight(false);
         this.#loader.cancel();
     }
 
@@ -255,6 +255,7 @@ export class TreeGridPane {
             loader: this.#loader,
             work: this.#work,
             take: (answer) => this.#take(answer),
+            wentToCurrent: () => this.#focusTold.wentToCurrent(),
             guard: (whatFailed, signal, step) => this.#guard(whatFailed, signal, step),
         };
     }
@@ -280,7 +281,7 @@ export class TreeGridPane {
         this.#frame.showCount(state.rowCount === 1 ? '1 row' : `${withThousands(state.rowCount)} rows`);
         this.#search.showCount();
         if (answer.expanded) this.#frame.announce(`${withThousands(answer.expanded.rowCount)} rows opened`);
-        this.#tellFocus();
+        this.#focusTold.tell();
         this.#watchWaitingRows();
     }
 
@@ -289,16 +290,6 @@ export class TreeGridPane {
         const isWaiting = this.#state.rows.some(this.#view.shown, ({ state }) => state === 'w');
         if (!isWaiting) this.#loader.rest();
         else if (!this.#opening.isRunning) this.#loader.lookAgain();
-    }
-
-    #tellFocus(): void {
-        const row = this.#state.current;
-        const column = this.#state.groupingColumn;
-        const { focusGroupings, onFocus } = this.#settings;
-        if (!row || !column || !onFocus || row.objectId === null || focusGroupings.length === 0) return;
-        const grouping = focusGroupings[Math.min(row.level, focusGroupings.length - 1)]!;
-        const cell = row.cells[column.index];
-        onFocus({ objectId: row.objectId, grouping, name: cell ? cellText(column, cell, row.level) : '' });
     }
 
     // ------------------------------------------------------------------------------------------------ keys and mouse
