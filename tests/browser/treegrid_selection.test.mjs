@@ -164,6 +164,18 @@ describe('the selection', () => {
         assert.equal(await grid().getAttribute('aria-rowcount'), '6');
     });
 
+    it('is not hidden behind the footer that it brings', async () => {
+        await open({ bottomUp: many(100) });
+        await grid().focus();
+        await key('End');
+        await page.locator('.tg-foot').waitFor();
+        await page.waitForFunction(() => {
+            const edge = (selector, side) => document.querySelector(selector)?.getBoundingClientRect()[side];
+            // The place of the grid may be a fraction of a pixel.
+            return edge('[data-row="99"]', 'bottom') < edge('.tg-foot', 'top') + 1;
+        });
+    });
+
     it('goes to the clipboard and all rows to a file', async () => {
         await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
         await open({ bottomUp: TREE });

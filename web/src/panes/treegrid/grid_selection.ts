@@ -74,16 +74,26 @@ export class GridSelection {
 
     /** Of several steps only the last answer is shown. `target` is the row that becomes the current one. */
     async #run(steps: readonly SelectionStep[], target: SeenRow, signal: AbortSignal): Promise<void> {
-        const { requests, state, guard, take, wentToCurrent } = this.#parts;
+        const { requests, state, view, guard, take, wentToCurrent } = this.#parts;
         const idOf = (row: number) => (row === target.row ? target.id : state.seen(row).id);
         const addressed = steps.map((step) => ({ step, id: idOf(step.row) }));
         await guard('The selection could not be changed', signal, async () => {
             let answer: GridAnswer | undefined;
             for (const { step, id } of addressed) answer = await requests.select(step, id, signal);
+            const wasInSight = view.scale.holds(target.row);
             if (answer) take(answer);
             this.#returnTo(target);
+            // The footer that comes with the first selected row takes its place from the rows.
+            if (wasInSight) this.#keepInSight(state.currentRow);
             if (steps.at(-1)?.type !== 'all') wentToCurrent();
         });
+    }
+
+    #keepInSight(row: number): void {
+        const { view } = this.#parts;
+        if (row < 0) return;
+        view.reveal(row);
+        view.drawRows();
     }
 
     /** An answer to something else may have come in between that speaks of the current row as it was before. */

@@ -92,6 +92,12 @@ export class ScrollScale {
         return this.isScaled ? place - this.#top + this.#barTop : place;
     }
 
+    /** Whether a row shows in whole. */
+    holds(row: number): boolean {
+        const place = row * this.rowHeight;
+        return place >= this.#top && place + this.rowHeight <= this.#top + this.#viewHeight;
+    }
+
     /** Moves by as little as shows the row in whole; false if it does already. */
     reveal(row: number): boolean {
         const before = this.#top;

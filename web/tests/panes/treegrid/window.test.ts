@@ -93,8 +93,10 @@ describe('the scroll bar', () => {
     it('reveals by as little as it takes, and centres', () => {
         const scale = scaleOf(1000);
         expect(scale.reveal(5)).toBe(false);
+        expect([9, 10].map((row) => scale.holds(row))).toEqual([true, false]);
         expect(scale.reveal(10)).toBe(true);
         expect(scale.top).toBe(15);
+        expect([0, 1, 10].map((row) => scale.holds(row))).toEqual([false, true, true]);
         scale.reveal(0);
         expect(scale.top).toBe(0);
         scale.center(100);
