@@ -226,6 +226,13 @@ describe('opening and closing', () => {
         release();
     });
 
+    it('shows a row that could not be opened as it is', async () => {
+        relay.failures = { 'gridview:expand': 'no' };
+        await row(0).locator('.tg-toggle').click();
+        await page.getByRole('alert').getByText('The row could not be opened: no').waitFor();
+        await waitForRows(CLOSED);
+    });
+
     for (const [how, press] of [
         ['by key', () => key('*')],
         ['by mouse', () => page.getByRole('button', { name: 'Expand all' }).click()],

@@ -113,6 +113,7 @@ export class RowOpening {
         if (isAtHand && known.state !== (open ? '+' : '-')) return;
         const stop = new AbortController();
         const forward = () => stop.abort();
+        let isDone = false;
         signal.addEventListener('abort', forward, { once: true });
         this.#opening.set(seen.id, stop);
         if (open && isAtHand) state.rows.update(address.row, { state: 'w' });
@@ -120,10 +121,11 @@ export class RowOpening {
         await guard(`The row could not be ${open ? 'opened' : 'closed'}`, signal, async () => {
             const ask = open ? requests.expand(address, stop.signal) : requests.collapse(address, stop.signal);
             const answer = await ask.finally(() => this.#opening.delete(seen.id));
+            isDone = true;
             take(answer);
         });
         signal.removeEventListener('abort', forward);
         // The host knows what became of the row.
-        if (stop.signal.aborted && !signal.aborted) loader.reload();
+        if (!isDone && !signal.aborted) loader.reload();
     }
 }
