@@ -161,6 +161,17 @@ describe('the stack mode', () => {
 });
 
 describe('the tabs', () => {
+    it('look again at rows that are being opened for somebody else, also after a while out of sight', async () => {
+        await open({ bottomUp: TREE, flatProfile: many(3) });
+        relay.gridview.openedElsewhere = 'multiply';
+        relay.event('DataChangedEvent');
+        await waitForRows(['w multiply', ...CLOSED.slice(1)]);
+        await onPage.choose('Functions');
+        await tab('Bottom-up').click();
+        relay.gridview.openedElsewhere = undefined;
+        await waitForRows(CLOSED);
+    });
+
     it('hold a grid for each view, and callers and callees of the function that was chosen', async () => {
         const trees = { bottomUp: TREE, topDown: [gridNode('main', [5, 5, 0, 0])], flatProfile: many(3) };
         await open(trees, 'Functions');

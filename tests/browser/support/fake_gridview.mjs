@@ -241,7 +241,14 @@ class Grid {
     row(row) {
         return {
             level: row.level,
-            state: row.isWaiting ? 'w' : row.node.children.length === 0 ? ' ' : row.isOpen ? '-' : '+',
+            state:
+                row.isWaiting || this.view.openedElsewhere === row.node.name
+                    ? 'w'
+                    : row.node.children.length === 0
+                      ? ' '
+                      : row.isOpen
+                        ? '-'
+                        : '+',
             id: row.id,
             selected: this.selected.has(row),
             isDivable: false,
@@ -304,6 +311,8 @@ const pathOf = (row) => (row.parent ? `${pathOf(row.parent)}/${row.node.name}` :
 export class FakeGridView {
     /** Query type -> top nodes, or what makes them of the id of the focus object; a type that is missing is one that the library does not offer. */
     trees = {};
+    /** The name of rows that are being opened for somebody else. */
+    openedElsewhere;
     /** What the columns of all grids are. */
     columns = COLUMNS;
     /** Operation -> promise; such requests are answered once it is settled. */
@@ -320,6 +329,7 @@ export class FakeGridView {
     reset(trees) {
         this.trees = trees;
         this.columns = COLUMNS;
+        this.openedElsewhere = undefined;
         this.holds = {};
         this.exports = [];
         this.#grids.clear();

@@ -125,6 +125,7 @@ export class TreeGridPane {
         this.#focusTold.setInSight(true);
         if (this.#shown !== this.#wanted) this.refresh();
         else this.#view.draw();
+        this.#watchWaitingRows();
     }
 
     /** The pane is not seen any more and asks for nothing. */
