@@ -79,8 +79,10 @@ export class WindowLoader {
     /** Looks again later at rows that are being opened. */
     lookAgain(): void {
         clearTimeout(this.#timer);
-        this.#timer = setTimeout(() => this.reload(), this.#nextLook);
-        this.#nextLook = Math.min(this.#nextLook * 2, LAST_LOOK);
+        this.#timer = setTimeout(() => {
+            this.#nextLook = Math.min(this.#nextLook * 2, LAST_LOOK);
+            this.reload();
+        }, this.#nextLook);
     }
 
     /** Nothing is being opened any more. */
