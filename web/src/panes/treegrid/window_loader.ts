@@ -31,6 +31,8 @@ const LAST_LOOK = 30_000;
 export class WindowLoader {
     readonly #source: WindowSource;
     #asking: Asking | null = null;
+    /** A window whose rows the host has not ready yet: it is asked for again by the timer only. */
+    #awaited: RowRange | null = null;
     #timer: ReturnType<typeof setTimeout> | undefined;
     #nextLook = FIRST_LOOK;
 
@@ -48,7 +50,8 @@ export class WindowLoader {
         const { shown, capacity, rows, rowCount } = this.#source;
         if (shown.count === 0) return;
         if (rows.covers(neededAround(shown, capacity, rowCount))) return;
-        if (this.#asking && contains(this.#asking.window, shown)) return;
+        const askedFor = this.#asking?.window ?? this.#awaited;
+        if (askedFor && contains(askedFor, shown)) return;
         this.reload();
     }
 
@@ -68,11 +71,13 @@ export class WindowLoader {
         clearTimeout(this.#timer);
         this.#asking?.abort.abort();
         this.#asking = null;
+        this.#awaited = null;
     }
 
     /** The host has the rows not ready and names the milliseconds after which to ask. */
     askAfter(milliseconds: number): void {
         clearTimeout(this.#timer);
+        this.#awaited = this.window;
         this.#timer = setTimeout(() => this.reload(), milliseconds);
     }
 

@@ -175,14 +175,22 @@ describe('the loading of windows', () => {
         expect(self.rows.get(600)).toBeDefined();
     });
 
-    it('asks again after the time that the host names', async () => {
-        const { asked, loader } = source();
+    it('asks again after the time that the host names, not before unless other rows show', async () => {
+        const { self, asked, loader } = source();
         loader.update();
         await asked[0]!.answer({ waitTime: 1000 });
         await vi.advanceTimersByTimeAsync(999);
+        self.shown = { start: 5, count: 30 };
+        loader.update();
         expect(asked).toHaveLength(1);
         await vi.advanceTimersByTimeAsync(1);
         expect(asked).toHaveLength(2);
+        await asked[1]!.answer({ waitTime: 1000 });
+        self.shown = { start: 500, count: 30 };
+        loader.update();
+        expect(asked).toHaveLength(3);
+        await vi.advanceTimersByTimeAsync(1000);
+        expect(asked).toHaveLength(3);
     });
 
     it('looks ever more rarely at rows that somebody opens', async () => {
