@@ -5,6 +5,7 @@ import { beforeEach, describe, it } from 'node:test';
 import { gridNode } from './support/fake_gridview.mjs';
 import {
     CLOSED,
+    OPENED,
     TREE,
     grid,
     key,
@@ -21,6 +22,7 @@ import {
     useGrids,
     waitForRows,
 } from './support/grid_fixture.mjs';
+import { GridPage } from './support/grid_page.mjs';
 
 useGrids();
 
@@ -157,6 +159,32 @@ describe('the stack mode', () => {
         await chains(false).click();
         await page.getByRole('alert').getByText('The stack mode could not be changed: no').waitFor();
         await chains(false).waitFor();
+    });
+});
+
+describe('two pages', () => {
+    const idOf = (some) => some.evaluate(() => sessionStorage.getItem('panedeck.page'));
+
+    it('share no grid, although one began with the store of the other', async () => {
+        await open({ bottomUp: TREE });
+        const id = await idOf(page);
+        const [other] = await Promise.all([
+            page.waitForEvent('popup'),
+            page.evaluate(() => void window.open(location.href)),
+        ]);
+        await other.waitForFunction((taken) => sessionStorage.getItem('panedeck.page') !== taken, id);
+        const onOther = new GridPage(other);
+        await onOther.choose('Bottom-up');
+        await other.locator('[data-row="0"] .tg-toggle').click();
+        await onOther.waitForRows(OPENED);
+        await other.reload();
+        await onOther.choose('Bottom-up');
+        await onOther.waitForRows(OPENED);
+        await other.close();
+        await page.reload();
+        await onPage.choose('Bottom-up');
+        await waitForRows(CLOSED);
+        assert.equal(await idOf(page), id);
     });
 });
 

@@ -14,7 +14,7 @@ client.onProblem((text) => console.warn(text));
 
 new StatusLine(byId('status'), client);
 addProfileTabs(new Tabs(byId('tabs'), byId('panes')), client, {
-    id: pageId(sessionStorage),
+    id: await pageId(sessionStorage, navigator.locks),
     store: sessionStorage,
 });
 byId('options').addEventListener('click', () => openOptionsDialog(client));
