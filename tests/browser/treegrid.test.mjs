@@ -226,6 +226,20 @@ describe('opening and closing', () => {
         release();
     });
 
+    it('leaves a current row alone that is not at hand', async () => {
+        await open({ bottomUp: many(10_000) });
+        await row(0).click();
+        await page.locator('[data-row="0"][aria-selected=true]').waitFor();
+        await scrollTo(5_000 * 24);
+        await row(5_000).locator('.tg-text').first().waitFor();
+        await key('Control+a');
+        await page.locator('.tg-foot').getByText('Selected: 10,000 rows').waitFor();
+        await key('Enter');
+        await key('Control+ArrowDown');
+        await page.locator('[data-row="1"].current').waitFor();
+        assert.equal(relay.requests('gridview:collapse').length, 0);
+    });
+
     it('shows a row that could not be opened as it is', async () => {
         relay.failures = { 'gridview:expand': 'no' };
         await row(0).locator('.tg-toggle').click();

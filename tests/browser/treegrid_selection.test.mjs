@@ -280,6 +280,21 @@ describe('the search', () => {
         await count().filter({ hasText: '2 of 11' }).waitFor();
     });
 
+    it('goes to the row that was found, although rows moved meanwhile', async () => {
+        await open({ bottomUp: TREE });
+        let release;
+        relay.gridview.holds = { sort: new Promise((resolve) => (release = resolve)) };
+        await head('Change').locator('.tg-sort').click();
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('walk');
+        await count().filter({ hasText: '1 of 1' }).waitFor();
+        release();
+        await waitForRows([...CLOSED.slice(1), CLOSED[0]]);
+        await page.locator('[data-row="1"].current').waitFor();
+        assert.match(lastFrame('selection'), /<row><_ type="s32_t">1</);
+    });
+
     it('counts in characters, says that there is nothing, and searches anew after rows changed', async () => {
         await open({ bottomUp: TREE });
         await grid().focus();

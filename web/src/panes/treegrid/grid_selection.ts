@@ -23,10 +23,14 @@ export class GridSelection {
     }
 
     press(row: number, { control, shift }: { readonly control: boolean; readonly shift: boolean }): void {
+        if (control && !shift) return this.select('toggle', this.#parts.state.seen(row));
+        this.goToSeen(row, shift ? (control ? 'add' : 'extend') : 'select');
+    }
+
+    /** Goes to a row that a person sees there now, wherever it is when this has its turn. */
+    goToSeen(row: number, mode: Move['mode']): void {
         const { queue, state } = this.#parts;
         const seen = state.seen(row);
-        if (control && !shift) return this.select('toggle', seen);
-        const mode = shift ? (control ? 'add' : 'extend') : 'select';
         queue.add({
             run: async (signal) => {
                 const place = state.whereIs(seen);

@@ -99,7 +99,7 @@ export class RowOpening {
                 const { current, currentRow } = state;
                 const opening = current && this.#opening.get(current.id);
                 if (opening) opening.abort();
-                else await this.#setOpen(state.seen(currentRow), current?.state === '+', signal);
+                else if (current) await this.#setOpen(state.seen(currentRow), current.state === '+', signal);
             },
         });
     }

@@ -90,7 +90,7 @@ export class TreeGridPane {
                 this.#changeTree(this.#state.tree.withCollapsed(column, isCollapsed)),
         });
         this.#search = new GridSearch(this.#requests, this.#state, this.#view, {
-            goTo: (row) => this.#queue.add({ run: (signal) => this.#selection.goTo(row, 'keep', signal) }),
+            goTo: (row) => this.#selection.goToSeen(row, 'keep'),
             shownChanged: () => this.#shownChanged(),
             guard: (signal, step) => this.#guard('The search failed', signal, step),
         });
@@ -124,8 +124,10 @@ export class TreeGridPane {
         this.#isActive = true;
         this.#focusTold.setInSight(true);
         if (this.#shown !== this.#wanted) this.refresh();
-        else this.#view.draw();
-        this.#watchWaitingRows();
+        else {
+            this.#view.draw();
+            this.#watchWaitingRows();
+        }
     }
 
     /** The pane is not seen any more and asks for nothing. */
