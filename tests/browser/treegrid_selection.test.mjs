@@ -258,6 +258,9 @@ describe('the search', () => {
         release();
         await count().filter({ hasText: '3 of 11' }).waitFor();
         assert.equal(relay.requests('gridview:search').length, before);
+        await page.locator('[data-row="11"].current').waitFor();
+        await until(() => lastFrame('selection'));
+        assert.equal(relay.requests('gridview:selection').length, 1);
     });
 
     it('has no hits of old after the columns changed, whatever answers come in between', async () => {

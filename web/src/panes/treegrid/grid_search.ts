@@ -92,7 +92,7 @@ export class GridSearch {
         if (this.#running?.key === key) return void this.#running.steps.push(direction);
         // The rows or the columns changed since: the hits are gone, and a new search goes to the first one.
         if (this.#state.search?.key !== key) return void this.#search(key);
-        this.#stepFrom(this.#state.search, direction);
+        this.#stepFrom(this.#state.search, [direction]);
     }
 
     /** Whether the hits of that key are at hand or on their way. */
@@ -100,8 +100,12 @@ export class GridSearch {
         return (this.#running ?? this.#state.search)?.key === key;
     }
 
-    #stepFrom(search: SearchResult, direction: 1 | -1): void {
-        const place = stepHit(search, this.#state.hit, direction, this.#view.shown.start);
+    /** Takes several steps at once: only where they lead to is worth a request. */
+    #stepFrom(search: SearchResult, directions: readonly (1 | -1)[]): void {
+        const firstRow = this.#view.shown.start;
+        let place: HitPlace | undefined;
+        for (const direction of directions)
+            place = stepHit(search, place?.hit.number ?? this.#state.hit, direction, firstRow) ?? place;
         if (place) this.#goTo(place);
     }
 
@@ -125,7 +129,7 @@ export class GridSearch {
             this.#state.hit = 0;
             this.#showHits();
             if (result.count === 0) return;
-            for (const direction of [1, ...running.steps] as const) this.#stepFrom(result, direction);
+            this.#stepFrom(result, [1, ...running.steps]);
         });
     }
 
