@@ -280,6 +280,7 @@ describe('opening and closing', () => {
             relay.gridview.holds = { [operation]: new Promise(() => {}) };
             await press();
             await page.getByRole('status').filter({ hasText: what }).waitFor();
+            relay.gridview.holds = {};
             await grid().focus();
             await key('Escape');
             await until(() => relay.requests('gridview:refresh').length === 2);
@@ -287,6 +288,8 @@ describe('opening and closing', () => {
             assert.ok(relay.frames.some((frame) => frame.includes('<name>cancelRequest</name>')));
             assert.ok(!lastFrame('selection').includes('clear'));
             await waitForRows(CLOSED);
+            const chains = page.getByRole('button', { name: 'Chains' });
+            assert.equal(await chains.getAttribute('aria-pressed'), 'false');
         });
 
     it('takes the tools for many rows', async () => {
