@@ -39,7 +39,8 @@ RowObjects::Block* RowObjects::makeBlock(std::atomic<Block*>& slot, RowIndex fir
     const std::lock_guard lock(m_making);
     if (Block* made = slot.load(std::memory_order_acquire)) return made;
     auto* block = new (blockMemory()) Block;
-    new (&block->header()) Header{&m_tree, first};
+    block->tree = &m_tree;
+    block->first = first;
     // Rows have no state of their own, so that a block is freed without their destructors.
     for (std::size_t i = 0; i < rows_per_block; ++i)
         new (block->row(i)) TableRow;
@@ -51,22 +52,27 @@ void* RowObjects::blockMemory() {
     if (m_blocks_left == 0) {
         const std::size_t blocks = std::min(m_slabs.empty() ? 1 : m_last_slab * 2, largest_slab);
         m_last_slab = blocks;
-        void* memory = bk2::allocate_array(blocks * Block::bytes, Block::bytes);
+        void* memory = bk2::allocate_array(blocks * block_bytes, block_bytes);
         m_slabs.emplace_back(static_cast<std::byte*>(memory));
         m_next_block = m_slabs.back().get();
         m_blocks_left = blocks;
     }
     --m_blocks_left;
-    return std::exchange(m_next_block, m_next_block + Block::bytes);
+    return std::exchange(m_next_block, m_next_block + block_bytes);
+}
+
+const RowObjects::Block& RowObjects::blockOf(const TableRow& row) {
+    const auto address = reinterpret_cast<std::uintptr_t>(&row);
+    return *reinterpret_cast<const Block*>(address & ~std::uintptr_t{block_bytes - 1});
 }
 
 const TableTree& TableRow::tree() const {
-    return *RowObjects::Block::of(*this).header().tree;
+    return *RowObjects::blockOf(*this).tree;
 }
 
 RowIndex TableRow::index() const {
-    RowObjects::Block& block = RowObjects::Block::of(*this);
-    return block.header().first + static_cast<RowIndex>(block.indexOf(*this));
+    const RowObjects::Block& block = RowObjects::blockOf(*this);
+    return block.first + static_cast<RowIndex>(this - const_cast<RowObjects::Block&>(block).row(0));
 }
 
 void TableRow::add_ref() const {

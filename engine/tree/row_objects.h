@@ -49,48 +49,17 @@ public:
 private:
     friend class TableRow;
 
+    static constexpr std::size_t block_bytes = 4096;
     struct Header {
         const TableTree* tree;
         RowIndex first;
     };
-
-    /// Places for rows, two of which are taken by the header. Which two depends on the block's address: if
-    /// all headers stood at the same offset, they would drive each other out of the processor's caches.
-    class Block {
-    public:
-        static constexpr std::size_t bytes = 4096;
-
-        /// The block that a row stands in.
-        static Block& of(const TableRow& row) {
-            return *reinterpret_cast<Block*>(reinterpret_cast<std::uintptr_t>(&row) &
-                                             ~std::uintptr_t{bytes - 1});
-        }
-        Header& header() {
-            return *reinterpret_cast<Header*>(m_memory.data() + headerPlace() * sizeof(TableRow));
-        }
-        TableRow* row(std::size_t index) {
-            return rowAt(index < headerPlace() ? index : index + header_places);
-        }
-        std::size_t indexOf(const TableRow& row) {
-            const auto place = static_cast<std::size_t>(&row - rowAt(0));
-            return place < headerPlace() ? place : place - header_places;
-        }
-
-    private:
-        static constexpr std::size_t header_places = sizeof(Header) / sizeof(TableRow);
-        static constexpr std::size_t cache_line = 64;
-
-        /// At the start of a cache line, another one for each of the blocks that stand in a row.
-        std::size_t headerPlace() const {
-            const auto number = reinterpret_cast<std::uintptr_t>(this) / bytes;
-            return number % (bytes / cache_line) * (cache_line / sizeof(TableRow));
-        }
-        TableRow* rowAt(std::size_t place) { return reinterpret_cast<TableRow*>(m_memory.data()) + place; }
-
-        alignas(bytes) std::array<std::byte, bytes> m_memory;
+    static constexpr std::size_t rows_per_block = (block_bytes - sizeof(Header)) / sizeof(TableRow);
+    struct Block : Header {
+        alignas(TableRow) std::array<std::byte, rows_per_block * sizeof(TableRow)> rows;
+        TableRow* row(std::size_t i) { return reinterpret_cast<TableRow*>(rows.data()) + i; }
     };
-    static_assert(sizeof(TableRow) == sizeof(void*) && sizeof(Header) % sizeof(TableRow) == 0);
-    static constexpr std::size_t rows_per_block = (Block::bytes - sizeof(Header)) / sizeof(TableRow);
+    static_assert(sizeof(Block) <= block_bytes);
 
     // Blocks are cut from slabs of 1, 2, 4 … blocks, up to a large page.
     static constexpr std::size_t largest_slab = 512;
@@ -99,6 +68,8 @@ private:
     using Page = std::array<std::atomic<Block*>, blocks_per_page>;
     static constexpr std::size_t pages = (std::size_t{1} << 28) / rows_per_block / blocks_per_page + 1;
 
+    /// The block in which a row stands, by its address.
+    static const Block& blockOf(const TableRow& row);
     /// The block that stands in the slot, made now if there is none.
     Block* makeBlock(std::atomic<Block*>& slot, RowIndex first);
     void* blockMemory();
