@@ -1,6 +1,7 @@
 // What touches all rows of a grid: opening and closing all of them, selecting all, saving and restoring what
 // is open; opening one large row in the midst of many; and what a row takes of memory.
 
+#include "basekit/large_pages.h"
 #include "grid_profiles.h"
 #include "ratio_report.h"
 
@@ -120,6 +121,33 @@ void collapseAll(benchmark::State& state) {
                 rows = static_cast<std::size_t>(grid->getRowCount());
             },
             [&] { grid->collapseAllRows(nullptr); });
+    countRows(state, rows);
+}
+
+/// The least that closing all takes: a look at each record, a flag of each open row, and the top rows kept.
+void bareClose(benchmark::State& state) {
+    const auto grid = makeGrid(deepTree(argument(state)), GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    const auto rows = static_cast<std::size_t>(grid->getRowCount());
+    struct Item {
+        std::uint64_t words[3];
+    };
+    bk2::array_t<Item> items(rows);
+    bk2::array_t<Record> open, kept;
+    for (std::size_t row = 0; row < rows; ++row) {
+        const int index = static_cast<int>(row);
+        open.push_back({grid->getRowState(index), grid->getRowLevel(index), &items[row]});
+    }
+    const auto close = [&] {
+        std::size_t top = 0;
+        for (const Record& record : open) {
+            if (record.state == RowExpanded) ++static_cast<Item*>(const_cast<void*>(record.row))->words[2];
+            if (record.level == 0) kept[top++] = record;
+        }
+    };
+    for (auto _ : state)
+        timeOnce(
+            state, [&] { kept = open; }, close);
     countRows(state, rows);
 }
 
@@ -296,6 +324,7 @@ double bytesOfRow(int metrics) {
 FOR_ALL_SIZES(preorderPass);
 FOR_ALL_SIZES(expandAll)->UseManualTime();
 FOR_ALL_SIZES(collapseAll)->UseManualTime();
+FOR_ALL_SIZES(bareClose)->UseManualTime();
 FOR_ALL_SIZES(sortOpenTree);
 FOR_ALL_SIZES(selectAllDeep);
 FOR_ALL_SIZES(selectAllWide);
@@ -318,6 +347,8 @@ int main(int argc, char** argv) {
         report.checkGrowth(name, 10'000, 100'000, 1.25);
         report.checkGrowth(name, 100'000, 1'000'000, 1.25);
     }
+    report.checkGrowth("collapseAll", "bareClose", 10'000, 100'000, 1.25);
+    report.checkGrowth("collapseAll", "bareClose", 100'000, 1'000'000, 1.25);
     report.print("bytes a row, 1 metric", bytesOfRow(1), 160);
     report.print("bytes a row, 2 metrics", bytesOfRow(2), 160);
     report.print("bytes a row, 5 metrics", bytesOfRow(5), 160);

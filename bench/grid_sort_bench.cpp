@@ -87,6 +87,8 @@ int main(int argc, char** argv) {
     for (const char* name : {"sortByNumber", "sortByText"}) {
         report.checkGrowth(name, 10'000, 100'000, 1.25);
         report.checkGrowth(name, 100'000, 1'000'000, 1.25);
+        report.checkGrowth(name, "bareParallelSort", 10'000, 100'000, 1.25);
+        report.checkGrowth(name, "bareParallelSort", 100'000, 1'000'000, 1.25);
     }
     return report.allReached() ? 0 : 1;
 }

@@ -39,6 +39,17 @@ public:
         print(large + " per row / " + small, growth, most);
     }
 
+    /// The same beside what the machine can do at best: how much the ratio to `beside` grows.
+    void checkGrowth(const std::string& name, const std::string& beside, std::size_t rows,
+                     std::size_t more_rows, double most) {
+        const std::string small = "/" + std::to_string(rows), large = "/" + std::to_string(more_rows);
+        for (const std::string& each : {name + small, name + large, beside + small, beside + large})
+            if (!m_best.count(each)) return;
+        const double growth =
+            m_best[name + large] / m_best[beside + large] / m_best[name + small] * m_best[beside + small];
+        print(name + large + " / " + beside + ", growth from " + small, growth, most);
+    }
+
     void print(const std::string& what, double figure, double most) {
         const bool reached = figure <= most;
         m_all_reached = m_all_reached && reached;

@@ -319,6 +319,8 @@ private:
     std::shared_ptr<dataface1::ITableTreeHelper> m_tableTreeHelper;
     SortingCondition m_sorting;
     const std::unique_ptr<SiblingOrder> m_siblingOrder; ///< memory of sorting; empty between two sorts
+    mutable std::shared_ptr<SortContents>
+        m_sortContents; ///< what the groups of siblings share; goes with the columns
     const portkit2::catalog_t* m_catalog;
     mutable std::map<const dataface1::IQuery*, bool> m_divable; ///< by query of the tree; emptied with it
     // What the last restoration was to bring back, if it was cancelled or failed: the next one tries again.

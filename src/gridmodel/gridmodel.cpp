@@ -123,6 +123,7 @@ void GridModel::cleanup(const bk2::sptr_t<dataface1::ITableTree>& tree,
     m_expandingRows.clear();
     m_divable.clear();
     m_columns.clear();
+    m_sortContents.reset();
     m_tree = tree;
     m_tableTreeHelper = std::move(helper);
     buildColumns(m_tree->getColumns(progress),

@@ -120,8 +120,8 @@ bool GridModel::loadLevels(int levels, std::vector<Item*>& loaded, notifykit2::I
 bool GridModel::loadItem(Item& item, std::vector<Item*>& loaded, notifykit2::IProgress* progress) {
     if (isLoadWanted(item)) {
         const std::uint64_t generation = m_generation;
-        const RowPtr row = item.data;
-        {
+        if (!areChildrenAtHand(*item.data)) {
+            const RowPtr row = item.data;
             ExpandingGuard showsWaiting(m_expandingRows, getRowIdByPtr(row.get()));
             preloadChildRows(row, progress);
         }

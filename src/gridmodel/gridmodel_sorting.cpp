@@ -30,24 +30,33 @@ public:
         : m_grid(grid), m_columnInfo(*column.getColumnInfo()),
           m_isGrouping((m_columnInfo.getFlags() & dataface1::column_grouping) != 0) {}
 
+    bool isOf(const GridColumn& column) const { return column.getColumnInfo().get() == &m_columnInfo; }
+
     /// `no_contents` if they cannot be told. May turn `descending` around.
     int of(const dataface1::ITableRow& row, bool& descending) {
         const auto query = m_isGrouping ? row.getQuery() : nullptr;
-        if (m_isKnown && query == m_query) return m_contents;
-        m_isKnown = true;
-        m_query = query;
-        m_contents = dataface1::cell_value;
-        const bool res = m_grid.getSortContentTypeAndOrder(&row, &m_columnInfo, m_contents, descending);
-        PANEDECK_EXPECT(res, "res");
-        if (!res) m_contents = no_contents;
+        if (!m_isKnown || query != m_query) ask(row, query, descending);
+        descending = descending != m_turnsAround;
         return m_contents;
     }
 
 private:
+    void ask(const dataface1::ITableRow& row, const bk2::sptr_t<dataface1::IQuery>& query, bool descending) {
+        m_isKnown = true;
+        m_query = query;
+        m_contents = dataface1::cell_value;
+        bool order = descending;
+        const bool res = m_grid.getSortContentTypeAndOrder(&row, &m_columnInfo, m_contents, order);
+        PANEDECK_EXPECT(res, "res");
+        if (!res) m_contents = no_contents;
+        m_turnsAround = order != descending;
+    }
+
     const GridModel& m_grid;
     const dataface1::IColumnInfo& m_columnInfo;
     bool m_isGrouping;
     bool m_isKnown = false;
+    bool m_turnsAround = false;
     bk2::sptr_t<dataface1::IQuery> m_query;
     int m_contents = dataface1::cell_value;
 };
@@ -89,7 +98,9 @@ void GridModel::readSortValues(const Siblings& siblings, const GridColumn& colum
                                bk2::array_t<bk2::variant_t>& values) const {
     // Made before several threads read with it.
     const RawValues& raw = column.getRawValues();
-    SortContents contents(*this, column);
+    if (!m_sortContents || !m_sortContents->isOf(column))
+        m_sortContents = std::make_shared<SortContents>(*this, column);
+    SortContents& contents = *m_sortContents;
     contents.of(*siblings.front().id->data, descending);
     const auto read = [&](std::size_t first, std::size_t end) {
         SortContents own(contents);
