@@ -8,6 +8,7 @@
 #include <malloc.h>
 #include <map>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -160,6 +161,49 @@ void sortOpenTree(benchmark::State& state) {
         if (grid->sort({2, descending}).failed()) std::abort();
     }
     countRows(state, static_cast<std::size_t>(grid->getRowCount()));
+}
+
+/// The siblings of a grid's rows, as plain arrays: who is in a group, and what it is sorted by.
+struct PlainGroups {
+    std::vector<std::vector<std::uint32_t>> members;
+    bk2::array_t<double> numbers; ///< by row
+
+    explicit PlainGroups(const GridModel& grid) {
+        std::vector<std::size_t> path; // the group of each level
+        for (int row = 0; row < grid.getRowCount(); ++row) {
+            const auto level = static_cast<std::size_t>(grid.getRowLevel(row));
+            path.resize(std::min(path.size(), level + 1));
+            if (path.size() <= level) {
+                path.push_back(members.size());
+                members.emplace_back();
+            }
+            members[path.back()].push_back(static_cast<std::uint32_t>(row));
+            numbers.push_back(grid.getCellContentByIndex(row, 2).get<double>());
+        }
+    }
+};
+
+/// The least that sorting an open tree takes: each group's numbers read and sorted, each row put in its
+/// place.
+void bareSortGroups(benchmark::State& state) {
+    const auto grid = makeGrid(deepTree(argument(state)), GridTopDown);
+    grid->expandRowsRecursively(nullptr, 0);
+    const PlainGroups groups(*grid);
+    bk2::array_t<Record> rows(groups.numbers.size());
+    std::vector<std::pair<double, std::uint32_t>> keyed;
+    for (auto _ : state) {
+        std::size_t place = 0;
+        for (const auto& members : groups.members) {
+            keyed.clear();
+            for (const std::uint32_t row : members)
+                keyed.emplace_back(groups.numbers[row], row);
+            std::sort(keyed.begin(), keyed.end());
+            for (const auto& [number, row] : keyed)
+                rows[place++] = {0, 0, &groups.numbers[row]};
+        }
+        benchmark::DoNotOptimize(rows.data());
+    }
+    countRows(state, rows.size());
 }
 
 /// The selection, the sums in the footer and the filter that goes to the other panes.
@@ -326,6 +370,7 @@ FOR_ALL_SIZES(expandAll)->UseManualTime();
 FOR_ALL_SIZES(collapseAll)->UseManualTime();
 FOR_ALL_SIZES(bareClose)->UseManualTime();
 FOR_ALL_SIZES(sortOpenTree);
+FOR_ALL_SIZES(bareSortGroups);
 FOR_ALL_SIZES(selectAllDeep);
 FOR_ALL_SIZES(selectAllWide);
 FOR_ALL_SIZES(refreshUnderDeep)->UseManualTime();
@@ -347,8 +392,11 @@ int main(int argc, char** argv) {
         report.checkGrowth(name, 10'000, 100'000, 1.25);
         report.checkGrowth(name, 100'000, 1'000'000, 1.25);
     }
-    report.checkGrowth("collapseAll", "bareClose", 10'000, 100'000, 1.25);
-    report.checkGrowth("collapseAll", "bareClose", 100'000, 1'000'000, 1.25);
+    for (const auto& [name, beside] :
+         {std::pair("collapseAll", "bareClose"), std::pair("sortOpenTree", "bareSortGroups")}) {
+        report.checkGrowth(name, beside, 10'000, 100'000, 1.25);
+        report.checkGrowth(name, beside, 100'000, 1'000'000, 1.25);
+    }
     report.print("bytes a row, 1 metric", bytesOfRow(1), 160);
     report.print("bytes a row, 2 metrics", bytesOfRow(2), 160);
     report.print("bytes a row, 5 metrics", bytesOfRow(5), 160);
