@@ -263,6 +263,21 @@ describe('the search', () => {
         assert.equal(relay.requests('gridview:selection').length, 1);
     });
 
+    it('counts steps that are quicker than the rows they lead to', async () => {
+        await open({ bottomUp: many(2_000) });
+        await grid().focus();
+        await key('Control+f');
+        await page.keyboard.type('F199');
+        await count().filter({ hasText: '1 of 11' }).waitFor();
+        let release;
+        relay.gridview.holds = { scroll: new Promise((resolve) => (release = resolve)) };
+        for (const name of ['Enter', 'Enter', 'F3', 'Shift+F3', 'Enter']) await key(name);
+        await count().filter({ hasText: '2 of 11' }).waitFor();
+        release();
+        await count().filter({ hasText: '4 of 11' }).waitFor();
+        await row(1992).locator('mark.current').waitFor();
+    });
+
     it('has no hits of old after the columns changed, whatever answers come in between', async () => {
         await open({ bottomUp: many(2_000) });
         await grid().focus();

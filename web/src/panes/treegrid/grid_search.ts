@@ -2,13 +2,11 @@ import { type GridRequests } from './grid_requests.js';
 import { type GridState } from './grid_state.js';
 import { type GridView } from './grid_view.js';
 import { SearchBar } from './search_bar.js';
-import { type HitPlace, type SearchResult, stepHit } from './search_result.js';
+import { type HitPlace, isAtHand, type SearchResult, stepHit } from './search_result.js';
 
-/** A search on its way, and the further steps that wait for its hits. */
 interface RunningSearch {
     readonly key: string;
     readonly abort: AbortController;
-    readonly steps: (1 | -1)[];
 }
 
 export interface GridSearchHost {
@@ -30,6 +28,9 @@ export class GridSearch {
     readonly #host: GridSearchHost;
     readonly #bar: SearchBar;
     #running: RunningSearch | undefined;
+    /** Steps that cannot be taken yet: the hits around the current one are not at hand. */
+    #waiting: (1 | -1)[] = [];
+    #place: HitPlace | undefined;
 
     constructor(requests: GridRequests, state: GridState, view: GridView, host: GridSearchHost) {
         this.#requests = requests;
@@ -70,12 +71,22 @@ export class GridSearch {
     stop(): void {
         this.#running?.abort.abort();
         this.#running = undefined;
+        this.#waiting = [];
     }
 
     /** The hits are those of other rows or columns. */
     forgetHits(): void {
         this.#state.search = undefined;
         this.#state.hit = 0;
+        this.#waiting = [];
+        this.showCount();
+    }
+
+    /** An answer has come, and hits with it. */
+    takeHits(): void {
+        const areGone = !this.#state.search && !this.#running;
+        if (areGone) this.#waiting = [];
+        else this.#goOn();
         this.showCount();
     }
 
@@ -89,10 +100,10 @@ export class GridSearch {
         const { key } = this.#bar;
         this.#bar.settle();
         if (key === '') return this.#bar.open();
-        if (this.#running?.key === key) return void this.#running.steps.push(direction);
         // The rows or the columns changed since: the hits are gone, and a new search goes to the first one.
-        if (this.#state.search?.key !== key) return void this.#search(key);
-        this.#stepFrom(this.#state.search, [direction]);
+        if (!this.#isKnown(key)) return void this.#search(key);
+        this.#waiting.push(direction);
+        if (!this.#running) this.#goOn();
     }
 
     /** Whether the hits of that key are at hand or on their way. */
@@ -100,16 +111,30 @@ export class GridSearch {
         return (this.#running ?? this.#state.search)?.key === key;
     }
 
-    /** Takes several steps at once: only where they lead to is worth a request. */
-    #stepFrom(search: SearchResult, directions: readonly (1 | -1)[]): void {
+    /** Takes the steps that wait, as far as the hits at hand tell. Only where they lead to is worth a request. */
+    #goOn(): void {
+        const { search } = this.#state;
+        if (!search || this.#isOnItsWay(search)) return;
         const firstRow = this.#view.shown.start;
         let place: HitPlace | undefined;
-        for (const direction of directions)
-            place = stepHit(search, place?.hit.number ?? this.#state.hit, direction, firstRow) ?? place;
+        for (let step = this.#waiting.shift(); step !== undefined; step = this.#waiting.shift()) {
+            place = stepHit(search, place?.hit.number ?? this.#state.hit, step, firstRow) ?? place;
+            if (place && !isAtHand(search, place.hit.number)) break;
+        }
         if (place) this.#goTo(place);
     }
 
-    #goTo({ row, hit }: HitPlace): void {
+    /** Whether the rows around the current hit are in sight but not at hand yet: which hit is the next is not known. */
+    #isOnItsWay(search: SearchResult): boolean {
+        const { start, count } = this.#view.shown;
+        const at = this.#place;
+        if (!at || at.hit.number !== this.#state.hit || isAtHand(search, at.hit.number)) return false;
+        return at.row >= start && at.row < start + count;
+    }
+
+    #goTo(place: HitPlace): void {
+        const { row, hit } = place;
+        this.#place = place;
         this.#state.hit = hit.number;
         const { start, count } = this.#view.shown;
         if (row <= start || row >= start + count - 1) this.#view.center(row);
@@ -120,7 +145,7 @@ export class GridSearch {
 
     async #search(key: string): Promise<void> {
         this.stop();
-        const running: RunningSearch = { key, abort: new AbortController(), steps: [] };
+        const running: RunningSearch = { key, abort: new AbortController() };
         const { signal } = running.abort;
         this.#running = running;
         await this.#host.guard(signal, async () => {
@@ -129,7 +154,8 @@ export class GridSearch {
             this.#state.hit = 0;
             this.#showHits();
             if (result.count === 0) return;
-            this.#stepFrom(result, [1, ...running.steps]);
+            this.#waiting.unshift(1);
+            this.#goOn();
         });
     }
 

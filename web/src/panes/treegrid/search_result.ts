@@ -85,6 +85,11 @@ export function stepHit(
     return ordered.find(isAhead) ?? outside.at(direction === 1 ? 0 : -1) ?? ordered[0];
 }
 
+/** Whether that hit is in the window of the last answer, and so are those around it, or the nearest beyond. */
+export function isAtHand(result: SearchResult, hit: number): boolean {
+    return result.cells.some(({ hits }) => hits.some(({ number }) => number === hit));
+}
+
 function placesOf(cells: readonly HitCell[]): HitPlace[] {
     return cells.flatMap(({ row, column, hits }) => hits.map((hit) => ({ row, column, hit })));
 }

@@ -282,7 +282,7 @@ export class TreeGridPane {
         if (answer.scrollToCurrent && state.currentRow >= 0) this.#view.center(state.currentRow);
         this.#view.draw();
         this.#frame.showCount(state.rowCount === 1 ? '1 row' : `${withThousands(state.rowCount)} rows`);
-        this.#search.showCount();
+        this.#search.takeHits();
         if (answer.expanded) this.#frame.announce(`${withThousands(answer.expanded.rowCount)} rows opened`);
         this.#focusTold.tell();
         this.#watchWaitingRows();
