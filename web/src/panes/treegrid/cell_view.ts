@@ -59,7 +59,8 @@ function makeCell(column: GridColumn, columnNumber: number, cell: GridCell, text
         'aria-colindex': columnNumber,
         'data-column': `c${column.index}`,
         'data-value': cell.value === null ? undefined : String(cell.value),
-        title: remarks.length > 0 ? [text, ...remarks].join('\n') : isNumber ? undefined : text,
+        // A column may be narrower than what it shows.
+        title: [text, ...remarks].join('\n'),
     });
     if (remarks.length > 0) element.append(make('span', { class: 'unseen' }, `${remarks.join('; ')}: `));
     return element;

@@ -86,7 +86,7 @@ export class GridSearch {
     takeHits(): void {
         const areGone = !this.#state.search && !this.#running;
         if (areGone) this.#waiting = [];
-        else this.#goOn();
+        else if (!this.#running) this.#goOn();
         this.showCount();
     }
 
