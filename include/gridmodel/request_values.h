@@ -21,6 +21,7 @@ PANEDECK_API std::uint64_t readRowId(const bk2::variant_bag_t& bag, std::uint64_
 
 /// The same for a variant; null counts as missing.
 PANEDECK_API int integerOr(const bk2::variant_t* value, int otherwise);
+PANEDECK_API std::uint64_t rowIdOr(const bk2::variant_t* value, std::uint64_t otherwise);
 PANEDECK_API bool booleanOr(const bk2::variant_t* value, bool otherwise);
 PANEDECK_API std::string textOr(const bk2::variant_t* value, const std::string& otherwise);
 

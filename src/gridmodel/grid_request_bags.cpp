@@ -1,6 +1,7 @@
 #include "gridmodel/grid_bags.h"
 #include "gridmodel/request_values.h"
 
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,19 +28,25 @@ void readNode(const bk2::variant_bag_t& bag, ColumnHierarchy& node) {
     node.format = textOr(findValue(bag, "format"), node.format);
 }
 
+void readParameter(std::string_view name, const bk2::variant_bag_t& bag, GridViewParams& params) {
+    const auto* value = bag.get<bk2::variant_t>("");
+    if (name == "gridid") params.gridId = textOr(value, params.gridId);
+    if (name == "rowId") params.rowId = rowIdOr(value, params.rowId);
+    if (name == "row") params.startRow = integerOr(value, params.startRow);
+    if (name == "count") params.rowCount = integerOr(value, params.rowCount);
+    if (name == "grouping") params.grouping = textOr(value, params.grouping);
+    if (name == "focusColumnName") params.focusColumnName = textOr(value, params.focusColumnName);
+    if (name == "expandLevels") params.expandLevels = integerOr(value, params.expandLevels);
+    if (name == "focusRowReferences") params.focusRowReferences = readFocusRowReferences(bag);
+}
+
 } // namespace
 
 GridViewParams createGridViewParamsFromSectionBag(const bk2::variant_bag_t& bag) {
     GridViewParams params;
-    params.gridId = readText(bag, "gridid", params.gridId);
-    params.rowId = readRowId(bag, params.rowId);
-    params.startRow = readInteger(bag, "row", params.startRow);
-    params.rowCount = readInteger(bag, "count", params.rowCount);
-    params.grouping = readText(bag, "grouping", params.grouping);
-    params.focusColumnName = readText(bag, "focusColumnName", params.focusColumnName);
-    params.expandLevels = readInteger(bag, "expandLevels", params.expandLevels);
-    if (const auto* references = bag.get<bk2::variant_bag_t>("focusRowReferences"))
-        params.focusRowReferences = readFocusRowReferences(*references);
+    // Of a parameter that comes twice the last one counts.
+    for (auto child = bag.begin<bk2::variant_bag_t>(); !child.at_end(); child.next())
+        readParameter(child.get_name(), child.get_value(), params);
     return params;
 }
 

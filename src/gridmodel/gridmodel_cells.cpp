@@ -48,9 +48,12 @@ bk2::variant_t asAddress(const bk2::variant_t& value) {
 
 bk2::variant_t GridModel::getCellContent(const dataface1::ITableRow* row, int level,
                                          const dataface1::IColumnInfo* columnInfo) const {
+    if (!row || !columnInfo) return {};
     for (const ColumnPtr& column : m_columns)
-        if (row && column->getColumnInfo().get() == columnInfo) return getCellContent(*row, level, *column);
-    return {};
+        if (column->getColumnInfo().get() == columnInfo) return getCellContent(*row, level, *column);
+    // A column of the tree that the grid does not show.
+    const bk2::sptr_t<dataface1::IColumnInfo> column(const_cast<dataface1::IColumnInfo*>(columnInfo));
+    return getCellContent(*row, level, GridColumn(-1, column, m_tableTreeHelper, "", "", m_catalog));
 }
 
 bk2::variant_t GridModel::getCellContent(const dataface1::ITableRow& row, int level,

@@ -53,10 +53,13 @@ int readInteger(const bk2::variant_bag_t& bag, const char* name, int otherwise) 
     return integerOr(bag.get_own_value(name), otherwise);
 }
 
-std::uint64_t readRowId(const bk2::variant_bag_t& bag, std::uint64_t otherwise) {
-    const bk2::variant_t* value = bag.get_own_value("rowId");
+std::uint64_t rowIdOr(const bk2::variant_t* value, std::uint64_t otherwise) {
     if (isNumber(value)) return inRange<std::uint64_t>(*value, otherwise);
     return value && value->is_narrow_text() ? decimal(value->text()).value_or(otherwise) : otherwise;
+}
+
+std::uint64_t readRowId(const bk2::variant_bag_t& bag, std::uint64_t otherwise) {
+    return rowIdOr(bag.get_own_value("rowId"), otherwise);
 }
 
 const bk2::variant_t* findValue(const bk2::variant_bag_t& bag, const char* name) {
