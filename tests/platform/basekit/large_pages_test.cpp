@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 
 namespace panedeck::tests {
@@ -29,9 +31,9 @@ TEST(LargePages, KeepAnAlignment) {
         }
 }
 
-TEST(LargePages, TooMuchIsRefused) {
-    bk2::array_t<std::uint64_t> numbers;
-    EXPECT_THROW(numbers.reserve(numbers.max_size()), std::bad_alloc);
+TEST(LargePages, MoreBytesThanANumberCountsAreRefused) {
+    bk2::array_allocator_t<std::uint64_t> allocator;
+    EXPECT_THROW(allocator.allocate(std::numeric_limits<std::size_t>::max() / 4), std::bad_alloc);
 }
 
 } // namespace
