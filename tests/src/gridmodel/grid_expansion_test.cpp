@@ -176,6 +176,51 @@ TEST(GridChains, ModeAndRowsAgreeWhileChainsAreRead) {
     EXPECT_EQ(show(*grid), "+↘ a → b → c\n.↘ d → e\n") << "the row that was open has nothing below it now";
 }
 
+/// Is cancelled from the first time on that it is asked once `isOn`.
+class Switch : public bk2::ref_counted_t<Switch, bk2::mt_ref_count_impl_t, notifykit2::IProgress> {
+public:
+    void start(const std::string&, std::uint64_t) override {}
+    void advance_to(std::uint64_t) override {}
+    void cancel() override { isOn = true; }
+    bool is_canceled() const override { return isOn; }
+    bool isOn = false;
+};
+
+TEST(GridChains, ACancelEndsTheReading) {
+    LogCapture silent(static_cast<logkit1::level_t>(50000));
+    const auto tree = makeTree({cycles()}, "a | 2\n  b | 2\n    c | 2\n      d | 2", callStack());
+    const auto grid = makeGrid(tree);
+    const auto canceled = bk2::make_sptr<Switch>();
+    tree->row("b").whileReading = [&] { canceled->isOn = true; };
+    tree->row("c").whileReading = [] { ADD_FAILURE() << "it was cancelled before"; };
+    grid->toggleStackMode(ChainMode, canceled.get());
+    EXPECT_EQ(show(*grid), "+a\n");
+    tree->row("b").whileReading = tree->row("c").whileReading = [] {};
+    grid->toggleStackMode(ChainMode, nullptr);
+    EXPECT_EQ(show(*grid), "+↘ a → b → c → d\n") << "the mode had stayed what it was";
+}
+
+TEST(GridChains, ARefreshKeepsAModeThatWasChangedMeanwhile) {
+    const char program[] = "a | 3\n  b | 3\nd | 2\n  e | 1\n    g | 1\n    h | 0\n  f | 1";
+    const auto grid = makeGrid(makeTree({cycles()}, program, callStack()));
+    grid->toggleStackMode(ChainMode, nullptr);
+    for (const char* name : {"d", "e"})
+        grid->expandRow(rowOf(*grid, name), true, nullptr);
+    // Folding does not look below the row that is open in another; opening it again does.
+    const auto tree = makeTree({cycles()}, program, callStack());
+    GridViewParams params;
+    params.grouping = "/CallStack";
+    runWhileReading(
+        *grid, tree->row("e"), [&] { (void)grid->init(tree, params, ChainMode, {}, nullptr); },
+        [&] {
+            tree->row("e").atHand = true; // what is not would wait for the read to end
+            grid->toggleStackMode(TreeMode, nullptr);
+        });
+    EXPECT_EQ(rowOf(*grid, "a"), 0) << "not folded:\n" << show(*grid);
+    grid->toggleStackMode(ChainMode, nullptr);
+    EXPECT_EQ(rowOf(*grid, "↘ a → b"), 0) << "folded:\n" << show(*grid);
+}
+
 TEST(GridChains, ReadNoFurtherThanTheyFold) {
     LogCapture silent(static_cast<logkit1::level_t>(50000));
     constexpr int depth = 2000;
@@ -226,16 +271,6 @@ TEST(GridChains, AreKnownByTheirFirstRowInTwoResults) {
         EXPECT_EQ(id, hasSecond ? variant_t("a") : variant_t(1));
     }
 }
-
-/// Is cancelled from the first time on that it is asked once `isOn`.
-class Switch : public bk2::ref_counted_t<Switch, bk2::mt_ref_count_impl_t, notifykit2::IProgress> {
-public:
-    void start(const std::string&, std::uint64_t) override {}
-    void advance_to(std::uint64_t) override {}
-    void cancel() override { isOn = true; }
-    bool is_canceled() const override { return isOn; }
-    bool isOn = false;
-};
 
 TEST(GridRestoration, WhatIsDoneAfterACancelCountsMore) {
     const auto newTree = [] {
