@@ -134,6 +134,7 @@ void runWhileReading(GridModel& grid, FakeRow& row, const std::function<void()>&
     }
     checkpoints.open("reading");
     reader.join();
+    row.whileReading = [] {};
 }
 
 TEST(GridExpansion, HitsFoundWhileRowsAreReadGoWithThem) {
