@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,29 @@ class name_index_t {
 public:
     using position_t = std::uint32_t;
     static constexpr position_t none = std::numeric_limits<position_t>::max();
+    /// Up to so many entries a scan is as quick as a look-up here, and most bags never hold more.
+    static constexpr std::size_t largest_scanned = 16;
+
+    /// Takes the last of `size` entries into an index, which is made with the first that is not scanned.
+    template <class Names>
+    static void index_last(std::unique_ptr<name_index_t>& index, std::size_t size, const Names& names) {
+        if (index) return index->append(names);
+        if (size <= largest_scanned) return;
+        index = std::make_unique<name_index_t>();
+        for (std::size_t i = 0; i < size; ++i)
+            index->append(names);
+    }
+
+    /// Makes the index of `size` entries anew.
+    template <class Names>
+    static void rebuild(std::unique_ptr<name_index_t>& index, std::size_t size, const Names& names) {
+        index.reset();
+        index_last(index, size, names);
+    }
+
+    static std::size_t to_position(position_t position) {
+        return position == none ? std::numeric_limits<std::size_t>::max() : position;
+    }
 
     /// The first position of that name, or `none`.
     template <class Names>
@@ -44,6 +68,9 @@ public:
         }
         slot.last = position;
     }
+
+    /// Leaves the place behind the last one out: nothing is found there.
+    void skip() { m_next.push_back(none); }
 
 private:
     struct slot_t {

@@ -2,19 +2,18 @@
 
 #include "basekit/api.h"
 #include "basekit/bag_name.h"
+#include "basekit/bag_values.h"
 #include "basekit/variant.h"
 
 #include <concepts>
 #include <cstddef>
-#include <memory>
+#include <cstdint>
 #include <string_view>
 #include <type_traits>
 #include <utility>
-#include <vector>
 
 namespace bk2 {
 
-class name_index_t;
 class variant_bag_t;
 
 /// What a bag holds under names.
@@ -28,9 +27,13 @@ concept bag_entry = std::same_as<T, variant_t> || std::same_as<T, variant_bag_t>
 /// (`add_variant_bag` appends). The value under "" is the bag's own value.
 ///
 /// Costs: appending is O(1); looking a name up is a scan in a small bag and a hash lookup in a large one;
-/// `swap` is O(1). References and pointers to children stay valid while other children are appended; pointers
-/// to values stay valid until the next value is put or removed. Nothing here recurses by the depth of the
-/// tree.
+/// `swap` is O(1). References and pointers to children stay valid while other children are appended or
+/// removed; pointers to values stay valid until the next value is put or removed. Nothing here recurses by
+/// the depth of the tree.
+///
+/// A bag takes 32 bytes, a value with its name 32 more, and the memory of each a few bytes around it: an
+/// answer of a million cells has a million bags. When a large tree is freed, its memory goes back to the
+/// system.
 ///
 /// A bag belongs to one thread at a time; several may read one that nobody changes.
 class PANEDECK_API variant_bag_t {
@@ -41,11 +44,13 @@ public:
     template <class T>
     using iterator = iterator_base_t<T>;
 
-    variant_bag_t() noexcept;
+    variant_bag_t() noexcept = default;
     /// Copies the content; the copy has no name and no parent.
     variant_bag_t(const variant_bag_t& other);
     variant_bag_t(variant_bag_t&& other) noexcept;
-    ~variant_bag_t();
+    ~variant_bag_t() {
+        if (m_content) clear();
+    }
     /// Both replace the content only: this bag keeps its own name and parent.
     variant_bag_t& operator=(const variant_bag_t& other);
     variant_bag_t& operator=(variant_bag_t&& other) noexcept;
@@ -117,6 +122,8 @@ public:
     void append_value(static_name_t name, variant_t&& value);
     /// Makes room for that many values, so that appending them does not move them about.
     void reserve_values(std::size_t count);
+    /// Makes room for just that many children, if there is none yet.
+    void reserve_children(std::size_t count);
 
     /// Adds a child of that name with `value` as its own value: `{"name": value}` in JSON.
     void put_own_value(std::string_view child_name, variant_t value);
@@ -148,30 +155,36 @@ public:
     /// removed, or the content is exchanged, the iterator is not to be used any more.
     template <bag_entry T>
     iterator<T> begin() {
-        return {m_body.get(), 0, false};
+        return {this, first_position<T>(), false};
     }
     template <bag_entry T>
     iterator<const T> begin() const {
-        return {m_body.get(), 0, false};
+        return {this, first_position<T>(), false};
     }
     /// Runs over the entries of one name, in bag order.
     template <bag_entry T>
     iterator<T> begin_by_name(std::string_view name) {
-        return {m_body.get(), first_position<T>(name), true};
+        return {this, position_of<T>(name), true};
     }
     template <bag_entry T>
     iterator<const T> begin_by_name(std::string_view name) const {
-        return {m_body.get(), first_position<T>(name), true};
+        return {this, position_of<T>(name), true};
     }
 
 private:
-    // The content. Children point to the body that holds them and the body to its bag, so that exchanging two
-    // bags' contents is exchanging two pointers each way.
-    struct body_t;
-    static constexpr std::size_t no_position = static_cast<std::size_t>(-1);
+    // The children, at places that do not move: a child points to this object, and this object to its bag, so
+    // that exchanging two bags' contents is exchanging two pointers each way.
+    class children_t;
+    static constexpr std::size_t no_position = bag_values_t::no_position;
 
-    body_t& body();
-    variant_bag_t& append_child(std::string_view name, std::unique_ptr<variant_bag_t> child);
+    children_t* children() const noexcept {
+        return has_children_object() ? reinterpret_cast<children_t*>(m_content & ~children_mark) : nullptr;
+    }
+    bag_values_t* values() const noexcept;
+    void set_values(bag_values_t* values) noexcept;
+    bool has_children_object() const noexcept { return m_content & children_mark; }
+    children_t& make_children(std::size_t capacity);
+    variant_bag_t& append_child(bag_name_t&& name, variant_bag_t&& content);
     variant_t* find_value(std::string_view name) noexcept;
     variant_bag_t* find_child(std::string_view name) noexcept;
     variant_t& put_value(std::string_view name, variant_t&& value);
@@ -185,7 +198,9 @@ private:
     std::size_t remove_values(std::string_view name);
     std::size_t remove_children(std::string_view name);
     template <bag_entry T>
-    std::size_t first_position(std::string_view name) const noexcept {
+    std::size_t first_position() const noexcept;
+    template <bag_entry T>
+    std::size_t position_of(std::string_view name) const noexcept {
         if constexpr (std::same_as<T, variant_t>)
             return value_position(name);
         else
@@ -193,105 +208,18 @@ private:
     }
     std::size_t value_position(std::string_view name) const noexcept;
     std::size_t child_position(std::string_view name) const noexcept;
-    static std::unique_ptr<body_t> copy_tree(const body_t& source);
-    static void free_tree(std::unique_ptr<body_t> root) noexcept;
+    static void copy_content(const variant_bag_t& source, variant_bag_t& copy);
+    static void copy_tree(const variant_bag_t& source, variant_bag_t& copy);
+    static void free_tree(children_t* root) noexcept;
 
-    std::unique_ptr<body_t> m_body; // null until something is put
-    body_t* m_parent = nullptr;     // the body that holds this bag
+    // The address of the values, or with the mark of an object for the children, which then holds that of the
+    // values; 0 until something is put.
+    static constexpr std::uintptr_t children_mark = 1;
+    std::uintptr_t m_content = 0;
+    children_t* m_parent = nullptr; // what holds this bag
     bag_name_t m_name;
 };
 
-struct PANEDECK_API variant_bag_t::body_t {
-    struct value_entry_t {
-        bag_name_t name;
-        variant_t value;
-    };
-
-    explicit body_t(variant_bag_t* bag) noexcept;
-    ~body_t();
-    body_t(const body_t&) = delete;
-    body_t& operator=(const body_t&) = delete;
-
-    std::size_t find_value(std::string_view name) const noexcept;
-    std::size_t find_child(std::string_view name) const noexcept;
-    /// The next child with the name of the one at `position`.
-    std::size_t next_namesake(std::size_t position) const noexcept;
-    void index_last_value();
-    void index_last_child();
-    void rebuild_value_index();
-    void rebuild_child_index();
-
-    variant_bag_t* owner;
-    std::vector<value_entry_t> values;
-    std::vector<std::unique_ptr<variant_bag_t>> children;
-    // Only while there are many entries of that sort.
-    std::unique_ptr<name_index_t> value_index;
-    std::unique_ptr<name_index_t> child_index;
-};
-
-inline std::size_t variant_bag_t::size_of_values() const noexcept {
-    return m_body ? m_body->values.size() : 0;
-}
-
-inline std::size_t variant_bag_t::size_of_children() const noexcept {
-    return m_body ? m_body->children.size() : 0;
-}
-
-inline bool variant_bag_t::is_empty() const noexcept {
-    return size_of_values() == 0 && size_of_children() == 0;
-}
-
-inline std::string_view variant_bag_t::get_name() const noexcept {
-    return m_name.view();
-}
-
-/// A place among the entries of one sort of a bag. T: `variant_t`, `variant_bag_t`, or the const form of one
-/// of them.
-template <class T>
-class variant_bag_t::iterator_base_t {
-    static constexpr bool runs_over_values = std::is_same_v<std::remove_const_t<T>, variant_t>;
-
-public:
-    bool at_end() const noexcept {
-        if (!m_body) return true;
-        if constexpr (runs_over_values)
-            return m_position >= m_body->values.size();
-        else
-            return m_position >= m_body->children.size();
-    }
-
-    /// Only while `at_end()` is false, as the two below.
-    void next() noexcept {
-        if (!m_only_namesakes)
-            ++m_position;
-        else if constexpr (runs_over_values)
-            m_position = no_position; // values have unique names
-        else
-            m_position = m_body->next_namesake(m_position);
-    }
-
-    std::string_view get_name() const noexcept {
-        if constexpr (runs_over_values)
-            return m_body->values[m_position].name.view();
-        else
-            return m_body->children[m_position]->get_name();
-    }
-
-    T& get_value() const noexcept {
-        if constexpr (runs_over_values)
-            return m_body->values[m_position].value;
-        else
-            return *m_body->children[m_position];
-    }
-
-private:
-    friend class variant_bag_t;
-    iterator_base_t(body_t* body, std::size_t position, bool only_namesakes) noexcept
-        : m_body(body), m_position(position), m_only_namesakes(only_namesakes) {}
-
-    body_t* m_body;
-    std::size_t m_position;
-    bool m_only_namesakes;
-};
-
 } // namespace bk2
+
+#include "basekit/bag_children.h" // IWYU pragma: export

@@ -5,6 +5,7 @@
 #include "portkit/utf8_step.h"
 
 #include <array>
+#include <type_traits>
 #include <vector>
 
 namespace bk2 {
@@ -55,8 +56,23 @@ bool is_noncharacter(std::string_view bytes) {
     return bytes == "\xEF\xBF\xBE" || bytes == "\xEF\xBF\xBF";
 }
 
+/// Takes a text's place where only its length is wanted.
+class text_length_t {
+public:
+    void operator+=(std::string_view text) { m_size += text.size(); }
+    void operator+=(char) { ++m_size; }
+    void append(std::string_view, std::size_t, std::size_t size) { m_size += size; }
+    std::size_t size() const { return m_size; }
+
+private:
+    std::size_t m_size = 0;
+};
+
+// In what follows `Out` is a text, or what counts its length.
+
 // Appends the first character of `text`, which is none of the plain ones, and gives its length.
-std::size_t append_special(ustring8& out, std::string_view text, place_t place) {
+template <class Out>
+std::size_t append_special(Out& out, std::string_view text, place_t place) {
     if (static_cast<unsigned char>(text[0]) < 0x80) {
         out += escape(text[0], place);
         return 1;
@@ -67,7 +83,8 @@ std::size_t append_special(ustring8& out, std::string_view text, place_t place) 
     return step.length;
 }
 
-void append_escaped(ustring8& out, std::string_view text, place_t place) {
+template <class Out>
+void append_escaped(Out& out, std::string_view text, place_t place) {
     std::size_t position = 0;
     while (position < text.size()) {
         const std::size_t start = position;
@@ -97,11 +114,15 @@ std::vector<std::string_view> split_path(std::string_view path) {
     return names;
 }
 
+std::size_t get_size(const variant_bag_t& bag, const std::vector<std::string_view>& path);
+
+template <class Out>
 class xml_writer_t {
 public:
-    xml_writer_t(ustring8& out, std::vector<std::string_view> path) : m_out(out), m_path(std::move(path)) {}
+    xml_writer_t(Out& out, std::vector<std::string_view> path) : m_out(out), m_path(std::move(path)) {}
 
     void write_document(const variant_bag_t& bag) {
+        m_document = &bag;
         // The root always reads as a bag; an inner element without content needs to say that it is one.
         const bool is_marked = bag.is_empty() && m_path.size() > 1;
         for (std::size_t i = 0; i + is_marked < m_path.size(); ++i)
@@ -113,6 +134,16 @@ public:
     }
 
 private:
+    // A text that has become long is measured: growing further would copy it, and hold both copies.
+    void make_room() {
+        if constexpr (std::is_same_v<Out, ustring8>) {
+            constexpr std::size_t long_text = 1 << 20, terminator = 1;
+            if (m_has_room || m_out.size() < long_text) return;
+            m_has_room = true;
+            m_out.reserve(get_size(*m_document, m_path) + terminator);
+        }
+    }
+
     void append(std::initializer_list<std::string_view> pieces) {
         for (const std::string_view piece : pieces)
             m_out += piece;
@@ -139,7 +170,7 @@ private:
         const std::string_view kind = get_xml_kind_name(value.tag());
         if (!kind.empty()) append({" type=\"", kind, "\""});
         if (kind == "null") {
-            if (!value.is_null()) report_unsupported(name, value);
+            if (std::is_same_v<Out, ustring8> && !value.is_null()) report_unsupported(name, value);
             return append({"/>"});
         }
         m_out += '>';
@@ -167,6 +198,7 @@ private:
         std::vector<variant_bag_t::iterator<const variant_bag_t>> open{root.begin<variant_bag_t>()};
         while (true) {
             auto& child = open.back();
+            make_room();
             if (child.at_end()) {
                 open.pop_back();
                 if (open.empty()) return;
@@ -185,9 +217,17 @@ private:
         }
     }
 
-    ustring8& m_out;
+    Out& m_out;
     std::vector<std::string_view> m_path;
+    const variant_bag_t* m_document = nullptr;
+    bool m_has_room = false;
 };
+
+std::size_t get_size(const variant_bag_t& bag, const std::vector<std::string_view>& path) {
+    text_length_t length;
+    xml_writer_t(length, path).write_document(bag);
+    return length.size();
+}
 
 } // namespace
 
@@ -196,6 +236,10 @@ error_code_t save_variant_bag_to_string2(const variant_bag_t& bag, ustring8& out
     out.clear();
     xml_writer_t(out, split_path(path)).write_document(bag);
     return error_code_t::success();
+}
+
+std::size_t get_xml_size(const variant_bag_t& bag, const char* path) {
+    return get_size(bag, split_path(path));
 }
 
 } // namespace bk2

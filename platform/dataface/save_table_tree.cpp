@@ -1,6 +1,7 @@
 #include "dataface/save_table_tree.h"
 
 #include "basekit/assertion.h"
+#include "basekit/variant_bag_xml.h"
 #include "dataface/column_walk.h"
 #include "dataface/formatter.h"
 
@@ -19,11 +20,6 @@ using row_iterator_t = bk2::iterator_ptr_t<bk2::sptr_t<ITableRow>>;
 
 /// A frame is shorter than this, so no bag whose text is longer can be sent.
 constexpr std::uint64_t max_frame_size = 100ull << 20;
-
-/// Least lengths of JSON text: `{"level":0,"cells":{}},` and `"c0":{},` and `"value":0`.
-constexpr std::uint64_t least_row_size = 23;
-constexpr std::uint64_t least_cell_size = 8;
-constexpr std::uint64_t least_value_size = 9;
 
 error_code_t iteration_error(notifykit2::IProgress* progress, const char* what) {
     if (notifykit2::is_canceled(progress)) return error_code_t::canceled();
@@ -60,7 +56,7 @@ void save_columns(const std::vector<column_place_t>& places, variant_bag_t& answ
     }
 }
 
-/// Writes rows into a bag and knows how long their text is at least.
+/// Writes rows into a bag and knows how long their XML is.
 class RowWriter {
 public:
     RowWriter(const std::vector<column_place_t>& places, variant_bag_t& rows) : m_rows(rows) {
@@ -85,15 +81,16 @@ private:
 
 void RowWriter::write(const ITableRow& row, std::size_t level) {
     variant_bag_t& bag = m_rows.add_variant_bag("row");
-    bag.put<variant_t>("level", variant_t(bk2::u32_t(level)));
+    bag.append_value("level", variant_t(bk2::u32_t(level)));
+    bag.reserve_children(1);
     variant_bag_t& cells = bag.add_variant_bag("cells");
-    m_size += least_row_size + m_columns.size() * least_cell_size;
+    cells.reserve_children(m_columns.size());
     for (const cell_t& cell : m_columns) {
         variant_bag_t& target = cells.add_variant_bag(cell.name);
-        if (!row.getValue(cell.column, cell_value, m_value) || m_value.is_null()) continue;
-        m_size += least_value_size + m_value.text().size();
-        target.put<variant_t>("value", m_value);
+        if (row.getValue(cell.column, cell_value, m_value) && !m_value.is_null())
+            target.append_value("value", variant_t(m_value));
     }
+    m_size += bk2::get_xml_size(bag, "row");
 }
 
 error_code_t save_rows(const ITableTree& tree, RowWriter& writer, std::uint64_t first_row,

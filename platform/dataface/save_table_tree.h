@@ -21,8 +21,8 @@ namespace dataface1 {
 /// empty child).
 ///
 /// Stops after `limit` rows of all levels: the non-failing status tells that a row was left out. Walks
-/// without recursion, polls `progress` by rows, and gives up with "Response size exceeds 100MB limit" once
-/// the bag cannot fit into a frame any more.
+/// without recursion, polls `progress` by rows, and gives up with "Response size exceeds 100MB limit" at the
+/// first row with which the bag does not fit into a frame as XML any more.
 PANEDECK_API bk2::error_code_t saveTableTreeToVBag(const bk2::sptr_t<ITableTree>& tree,
                                                    bk2::variant_bag_t& answer, std::uint64_t first_row,
                                                    notifykit2::IProgress* progress, std::uint32_t limit);

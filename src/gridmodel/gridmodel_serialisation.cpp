@@ -35,6 +35,7 @@ void GridModel::saveRegularRowToVBag(int row, bk2::variant_bag_t& bag) const {
 
     bk2::variant_bag_t& rowBag = bag.add_variant_bag("row");
     rowBag.reserve_values(row_value_count);
+    rowBag.reserve_children(1);
     rowBag.append_value("level", bk2::variant_t(level));
     rowBag.append_value("state", bk2::variant_t::borrow(isExpanding(id) ? "w" : stateText(state)));
     rowBag.append_value("id", bk2::variant_t(std::to_string(id)));
@@ -53,6 +54,7 @@ void GridModel::saveRegularRowToVBag(int row, bk2::variant_bag_t& bag) const {
 void GridModel::saveRowDataToVBag(const dataface1::ITableRow& row, int level, bk2::variant_bag_t& bag) const {
     PercentBaseRow baseRow(row);
     bk2::variant_bag_t& cells = bag.add_variant_bag("cells");
+    cells.reserve_children(m_columns.size());
     for (const ColumnPtr& column : m_columns)
         saveCellToVBag(row, level, *column, baseRow, cells.add_variant_bag(column->getId()));
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs conversation scripts against the real host, in every setting, then random ones. See README.md beside this file."""
+"""Runs conversation scripts against the real host, in every setting, then random ones and large ones. See README.md beside this file."""
 
 import argparse
 import difflib
@@ -7,6 +7,7 @@ import sys
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+import large_answers
 import random_grids
 import render_docs
 from conversation.runner import SETTINGS, Outcome, Setting, run_script
@@ -31,8 +32,8 @@ def main() -> int:
         checks = len(runs)
         if not options.scripts and not options.accept:
             random_checks, random_failures = random_grids.check_profiles(pool, options.programs, options.config)
-            checks += 1 + random_checks
-            failed += random_failures + (not page_is_current())
+            checks += 2 + random_checks
+            failed += random_failures + (not page_is_current()) + (not memory_is_bounded(options))
     print(f"{checks - failed} passed, {failed} failed")
     return 1 if failed else 0
 
@@ -42,6 +43,14 @@ def page_is_current() -> bool:
     problem = render_docs.problem_of_page()
     if problem:
         print(f"FAILED {problem}")
+    return problem is None
+
+
+def memory_is_bounded(options: argparse.Namespace) -> bool:
+    """Whether the host takes no more memory for an answer of very many rows than it may."""
+    problem = large_answers.problem_of_memory(options.programs, options.config)
+    if problem:
+        print(f"FAILED large_answers.py {problem}")
     return problem is None
 
 

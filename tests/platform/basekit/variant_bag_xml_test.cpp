@@ -126,6 +126,7 @@ TEST(variant_bag_xml, random_bags_come_back_as_they_were) {
         for (const char* path : {"msg", "msg.response", "bag"}) {
             const std::string text = write(bag, path);
             ASSERT_TRUE(same_content(bag, read(text, path))) << text;
+            ASSERT_EQ(get_xml_size(bag, path), text.size()) << text;
         }
         const std::string text = write(bag);
         ASSERT_EQ(text.find("</msg>"), text.size() - 6) << text;

@@ -1,3 +1,4 @@
+#include "basekit/variant_bag_xml.h"
 #include "dataface/save_table_tree.h"
 #include "support/fake_table_tree.h"
 
@@ -117,16 +118,18 @@ TEST(SaveTableTree, WalksDeepTrees) {
     EXPECT_EQ(answer.get<variant_bag_t>("rows")->count<variant_bag_t>("row"), 100000u);
 }
 
-TEST(SaveTableTree, GivesUpBeforeAFrameIsFull) {
-    auto tree = makeTree({}, "");
-    const std::string name(1 << 20, 'x');
-    for (int i = 0; i < 101; ++i)
-        tree->addRow(nullptr, name);
-    variant_bag_t answer;
-    EXPECT_EQ(saveTableTreeToVBag(tree, answer, 0, nullptr, all).as_string(1),
-              "IsNot.Valid.Data: Response size exceeds 100MB limit");
-    variant_bag_t cut;
-    EXPECT_EQ(saveTableTreeToVBag(tree, cut, 0, nullptr, 99).value(), 1);
+TEST(SaveTableTree, GivesUpAtTheRowThatDoesNotFitIntoAFrame) {
+    constexpr std::size_t limit = 100 << 20, row = 1 << 20;
+    for (const char byte : {'x', '<'}) { // XML writes the second with four
+        auto tree = makeTree({}, "");
+        for (int i = 0; i < 101; ++i)
+            tree->addRow(nullptr, std::string(row, byte));
+        variant_bag_t answer;
+        EXPECT_EQ(saveTableTreeToVBag(tree, answer, 0, nullptr, all).as_string(1),
+                  "IsNot.Valid.Data: Response size exceeds 100MB limit");
+        EXPECT_GE(bk2::get_xml_size(answer, "msg"), limit);
+        EXPECT_LT(bk2::get_xml_size(answer, "msg"), limit + 5 * row);
+    }
 }
 
 } // namespace

@@ -42,6 +42,15 @@ class Host:
         self._process.kill()
         self._process.wait()
 
+    def memory(self, key: str) -> int:
+        """A figure of /proc/PID/status in bytes."""
+        status = Path(f"/proc/{self._process.pid}/status").read_text(encoding="ascii")
+        return 1024 * int(status.split(key + ":")[1].split()[0])
+
+    def forget_peak_memory(self) -> None:
+        """From here on the peak is what it has now, or more."""
+        Path(f"/proc/{self._process.pid}/clear_refs").write_text("5", encoding="ascii")
+
     def is_running(self) -> bool:
         return self._process.poll() is None
 
