@@ -10,11 +10,16 @@ namespace panedeck {
 
 /// Writes a table of texts: items in double quotes, separated without blanks, lines ended by one line feed,
 /// UTF-8 as it stands. Line breaks and other control characters inside an item are left out and a tab is four
-/// blanks, so that an item never spans lines. For one thread.
+/// blanks, so that an item never spans lines. What could not be written is logged once for a file, with the
+/// reason; writing goes on without effect. For one thread.
 class PANEDECK_API CSVWriter {
 public:
     /// Opens the file, emptying it; see `hasValidFileStream`.
     CSVWriter(const std::string& filePath, char separator);
+    /// Writes what is still in memory, and closes the file.
+    ~CSVWriter();
+    CSVWriter(const CSVWriter&) = delete;
+    CSVWriter& operator=(const CSVWriter&) = delete;
 
     /// False if the file could not be opened or written.
     bool hasValidFileStream() const { return !m_fileStream.fail() && !m_fileStream.bad(); }
@@ -27,12 +32,15 @@ public:
     void writeRowEnd();
 
 private:
+    void write(const std::string& text);
     void checkStream();
 
     std::ofstream m_fileStream;
     char m_separator;
     bool m_atLineStart = false;
+    std::string m_filePath;
     std::string m_item; ///< reused from item to item
+    bool m_failureTold = false;
 };
 
 /// Never null; an unopened stream shows in `hasValidFileStream`.

@@ -2,6 +2,9 @@
 
 #include "basekit/assertion.h"
 
+#include <cerrno>
+#include <system_error>
+
 namespace panedeck {
 
 namespace {
@@ -25,10 +28,27 @@ void appendTranscoded(const std::string& text, std::string& out) {
 } // namespace
 
 CSVWriter::CSVWriter(const std::string& filePath, char separator)
-    : m_fileStream(filePath, std::ios::out | std::ios::trunc | std::ios::binary), m_separator(separator) {}
+    : m_fileStream(filePath, std::ios::out | std::ios::trunc | std::ios::binary), m_separator(separator),
+      m_filePath(filePath) {}
 
+CSVWriter::~CSVWriter() {
+    if (!m_fileStream.is_open()) return;
+    m_fileStream.close();
+    checkStream();
+}
+
+void CSVWriter::write(const std::string& text) {
+    m_fileStream.write(text.data(), static_cast<std::streamsize>(text.size()));
+    checkStream();
+}
+
+/// Directly behind what may have failed, or the reason is another's.
 void CSVWriter::checkStream() {
-    PANEDECK_EXPECT(!m_fileStream.fail(), "!m_fileStream.fail()");
+    if (!m_fileStream.fail() || m_failureTold) return;
+    m_failureTold = true;
+    const std::string told =
+        "!m_fileStream.fail(): " + m_filePath + ": " + std::generic_category().message(errno);
+    bk2::report_assertion(PANEDECK_ASSERTION_SITE(told.c_str()));
 }
 
 void CSVWriter::writeHeaderBegin() {
@@ -50,19 +70,17 @@ void CSVWriter::writeRowBegin() {
 }
 
 void CSVWriter::writeItem(const std::string& text) {
-    checkStream();
     m_item.clear();
     if (!m_atLineStart) m_item += m_separator;
     m_atLineStart = false;
     m_item += '"';
     appendTranscoded(text, m_item);
     m_item += '"';
-    m_fileStream.write(m_item.data(), static_cast<std::streamsize>(m_item.size()));
+    write(m_item);
 }
 
 void CSVWriter::writeRowEnd() {
-    checkStream();
-    m_fileStream.put('\n');
+    write("\n");
 }
 
 std::shared_ptr<CSVWriter> createCSVWriter(const std::string& filePath, char separator) {
