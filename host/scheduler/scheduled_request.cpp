@@ -1,19 +1,21 @@
 #include "scheduler/scheduled_request.h"
 
+#include "dispatch/request_type.h"
 #include "logkit/component_logger.h"
 #include "scheduler/changing_requests.h"
 
 #include <exception>
+#include <string_view>
 #include <utility>
 
 namespace panedeck::host {
 
 namespace {
 
-std::optional<std::string> gridIdOf(const bk2::variant_bag_t& request) {
+std::optional<std::string> gridIdOf(std::string_view requestType, const bk2::variant_bag_t& request) {
+    if (splitRequestType(requestType).domain != "gridview") return std::nullopt;
     const auto* value = request.get_own_value("gridid");
-    if (!value || !value->is_narrow_text()) return std::nullopt;
-    return std::string(value->text());
+    return value ? std::string(value->text()) : std::string();
 }
 
 } // namespace
@@ -21,10 +23,11 @@ std::optional<std::string> gridIdOf(const bk2::variant_bag_t& request) {
 ScheduledRequest::ScheduledRequest(std::string taskName, std::string requestId, std::string requestType,
                                    bk2::variant_bag_t& request, std::shared_ptr<IRequestHandler> dispatcher,
                                    bk2::sptr_t<ISocketClient> client)
-    : m_taskName(std::move(taskName)), m_requestId(std::move(requestId)), m_gridId(gridIdOf(request)),
-      m_changing(isChangingRequest(requestType)), m_dispatcher(std::move(dispatcher)),
-      m_client(std::move(client)), m_task(bk2::make_sptr<RequestTask>(m_taskName, m_requestId.c_str(),
-                                                                      requestType.c_str(), &request, this)) {}
+    : m_taskName(std::move(taskName)), m_requestId(std::move(requestId)),
+      m_gridId(gridIdOf(requestType, request)), m_changing(isChangingRequest(requestType)),
+      m_dispatcher(std::move(dispatcher)), m_client(std::move(client)),
+      m_task(bk2::make_sptr<RequestTask>(m_taskName, m_requestId.c_str(), requestType.c_str(), &request,
+                                         this)) {}
 
 void ScheduledRequest::cancel() {
     if (close() && !m_requestId.empty()) {

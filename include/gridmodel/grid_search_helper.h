@@ -108,8 +108,9 @@ public:
 
     /// Searches all cells of `rows` and `columns`, replacing what was found before; an empty key only clears.
     /// Polls cancel once per row: then nothing is kept and the cancelled error comes back. A cell whose text
-    /// is not UTF-8 ends the search with a failure, and nothing is kept either. Cost: rows times columns,
-    /// each cell formatted once.
+    /// is not UTF-8 ends the search with a failure, and nothing is kept either. A row or a column that is
+    /// null ends it with a failure where it stands, and what was found before it stays. Cost: rows times
+    /// columns, each cell formatted once.
     bk2::error_code_t search(const GridModel* model, const GridRowContainer& rows,
                              const std::vector<std::shared_ptr<GridColumn>>& columns, const std::string& key,
                              notifykit2::IProgress* progress);

@@ -62,9 +62,11 @@ public:
         const int next = std::min(first + 2 * m_count, m_model.getRowCount());
         for (int index = first + m_count; index < next; ++index)
             __builtin_prefetch(m_model.getRowID(index));
-        for (std::size_t place = 0; place < m_columns.size(); ++place)
+        for (std::size_t place = 0; place < m_columns.size(); ++place) {
+            if (!m_columns[place]) break; // the search ends there, in the first row
             for (int index = first; index < first + m_count; ++index)
                 m_values[valueIndex(index, place)] = m_columns[place]->cellValue(row(index));
+        }
         return m_count > 0;
     }
 
@@ -138,8 +140,6 @@ bk2::error_code_t GridSearchHelper::search(const GridModel* model, const GridRow
                      "searchKey");
     m_searchKey = key;
     const ustring8 lowerKey = portkit2::lower_case(key);
-    for (const auto& column : columns)
-        PANEDECK_REQUIRE(column, "column", bk2::kinds::is_not_valid_state, "column");
     RowReader reader(*model, rows, columns);
     std::string text;
     for (int index = rows.startIndex(); index < rows.endIndex(); ++index) {
@@ -148,6 +148,7 @@ bk2::error_code_t GridSearchHelper::search(const GridModel* model, const GridRow
         }
         const int level = model->getRowLevel(index);
         for (std::size_t place = 0; place < columns.size(); ++place) {
+            PANEDECK_REQUIRE(columns[place], "column", bk2::kinds::is_not_valid_state, "column");
             columns[place]->formatValue(reader.row(index), reader.value(index, place), text, level);
             if (!portkit2::is_valid_utf8(text)) {
                 reset();

@@ -221,6 +221,29 @@ TEST(GridSearch, RefusesACellThatIsNoText) {
     EXPECT_TRUE(bag.is_empty()) << "nor are hits in the cells before it kept";
 }
 
+TEST(GridSearch, KeepsWhatItFoundBeforeARowOrColumnThatIsNone) {
+    LogCapture silent(static_cast<logkit1::level_t>(50000));
+    const auto model = makeGrid(makeTree({{makeMetric("cycles")}}, "a | 1\na | 1"));
+    const auto name = model->getColumnByIndex(0), number = model->getColumnByIndex(1);
+    const struct {
+        std::vector<std::shared_ptr<GridColumn>> columns;
+        int rows;
+        const char* failure;
+        std::size_t found;
+    } cases[] = {
+        {{name, number, nullptr, name}, 2, "IsNot.Valid.State: column", 1},
+        {{nullptr, name}, 2, "IsNot.Valid.State: column", 0},
+        {{nullptr}, 0, "", 0},
+        {{name, number}, 3, "IsNot.Valid.State: row", 2},
+    };
+    for (const auto& [columns, rows, failure, found] : cases) {
+        GridSearchHelper helper;
+        const GridRowContainer container(model.get(), 0, rows);
+        EXPECT_EQ(helper.search(model.get(), container, columns, "A", nullptr).as_string(1), failure);
+        EXPECT_EQ(helper.foundItemCount(), found) << failure;
+    }
+}
+
 TEST(GridRows, AreIteratedWithinTheirRange) {
     LogCapture log;
     const auto model = makeGrid(makeTree({}, "a\nb\nc\nd"));
