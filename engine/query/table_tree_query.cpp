@@ -12,8 +12,13 @@ namespace panedeck::engine {
 
 namespace {
 
-bk2::error_code_t invalidArgument(const char* name) {
-    return bk2::error_code_t::raise(bk2::kinds::is_not_valid_argument, name);
+bk2::error_code_t invalidArgument(const std::string& what) {
+    return bk2::error_code_t::raise(bk2::kinds::is_not_valid_argument, what);
+}
+
+/// `role`: what the query was given for.
+bk2::error_code_t invalidQuery(const bk2::sptr_t<dataface1::IQuery>& query, const std::string& role) {
+    return invalidArgument(query ? query->getName() + " is no " + role : "A " + role + " without a query");
 }
 
 /// The filter as bits, kept by the rows: the name may be gone or mean another filter later.
@@ -38,7 +43,8 @@ bk2::sptr_t<slicerkit1::ITableTreeQuery> TableTreeQuery::make() {
 
 bk2::error_code_t TableTreeQuery::addInputData(const bk2::sptr_t<dataface1::IInputData>& input) {
     const auto own = bk2::interface_cast<EngineInput>(input);
-    if (!own || m_inputs.size() == 2) return invalidArgument("input");
+    if (!own) return invalidArgument("The result is of another data provider");
+    if (m_inputs.size() == 2) return invalidArgument("More than two results");
     m_inputs.push_back(own);
     return {};
 }
@@ -49,7 +55,7 @@ bk2::error_code_t TableTreeQuery::setFilterName(const std::string& name) {
 }
 
 bk2::error_code_t TableTreeQuery::setFocusObject(const QueryPtr& query, const bk2::variant_t& object_id) {
-    if (!query) return invalidArgument("query");
+    if (!query) return invalidQuery(query, "focus");
     m_focus = query;
     m_focus_id = object_id;
     return {};
@@ -61,7 +67,7 @@ bk2::error_code_t TableTreeQuery::setSortQuery(const QueryPtr& query) {
 }
 
 bk2::error_code_t TableTreeQuery::setGroupingQuery(const QueryPtr& query) {
-    if (!query || !handleOf<PathHandle>(query)) return invalidArgument("query");
+    if (!query || !handleOf<PathHandle>(query)) return invalidQuery(query, "grouping");
     m_grouping = query;
     return {};
 }
@@ -76,7 +82,7 @@ bk2::error_code_t TableTreeQuery::addColumnQuery(const QueryPtr& query) {
         members.push_back(query);
     for (const QueryPtr& member : members)
         if (!member || (!handleOf<MetricHandle>(member) && !handleOf<FactHandle>(member)))
-            return invalidArgument("query");
+            return invalidQuery(query, "column");
     for (const QueryPtr& member : members)
         if (std::ranges::none_of(m_columns, [&](const QueryPtr& known) { return known->isSame(*member); }))
             m_columns.push_back(member);
@@ -86,7 +92,8 @@ bk2::error_code_t TableTreeQuery::addColumnQuery(const QueryPtr& query) {
 bk2::error_code_t TableTreeQuery::getTableTree(bk2::sptr_t<dataface1::ITableTree>& tree,
                                                notifykit2::IProgress* progress, int type_and_flags) {
     tree = nullptr;
-    if (m_inputs.empty()) return bk2::error_code_t::raise(bk2::kinds::is_not_valid_state, "input");
+    if (m_inputs.empty())
+        return bk2::error_code_t::raise(bk2::kinds::is_not_valid_state, "A query without a result");
     const TreeWish wish{type_and_flags, m_grouping, m_sort, m_focus, m_focus_id, m_columns};
     const bool is_compared = m_inputs.size() == 2;
     std::vector<TreePlan> plans(m_inputs.size());

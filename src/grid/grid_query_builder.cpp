@@ -84,6 +84,7 @@ error_code_t GridQueryBuilder::settleGrouping() {
         PANEDECK_REQUIRE(m_grouping, "grouping", bk2::kinds::failed_to_create_the_query, "RootGrouping");
     }
     const auto code = m_query->setGroupingQuery(m_grouping);
+    if (code.failed()) bk2::report_failure(PANEDECK_ASSERTION_SITE("code.succeeded()"), code);
     PANEDECK_REQUIRE(code.succeeded(), "code.succeeded()", bk2::kinds::failed_to_set_the_query, "grouping");
     return error_code_t::success();
 }
