@@ -1,5 +1,6 @@
 #include "basekit/assertion.h"
 #include "dataface/formatter.h"
+#include "gridmodel/fold_case.h"
 #include "gridmodel/gridmodel.h"
 #include "gridmodel/raw_values.h"
 #include "gridmodel/sibling_order.h"
@@ -8,6 +9,7 @@
 #include <tbb/parallel_for.h>
 #include <tbb/task_arena.h>
 
+#include <string>
 #include <utility>
 
 namespace panedeck {
@@ -149,8 +151,9 @@ bool GridModel::compare(const RowPtr& a, const RowPtr& b, const GridColumn& colu
     if (valueA.is_null()) return !descending;
     if (valueB.is_null()) return descending;
     if (!isText(valueA) && !isText(valueB)) return descending ? valueA > valueB : valueA < valueB;
-    const auto textA = portkit2::lower_case(bk2::get_value_string(valueA));
-    const auto textB = portkit2::lower_case(bk2::get_value_string(valueB));
+    std::string textA, textB;
+    foldCase(bk2::get_value_string(valueA), textA);
+    foldCase(bk2::get_value_string(valueB), textB);
     return descending ? textA > textB : textA < textB;
 }
 

@@ -1,6 +1,6 @@
 #include "gridmodel/sibling_order.h"
 
-#include "portkit/ustring8.h"
+#include "gridmodel/fold_case.h"
 
 #include <boost/unordered/unordered_flat_map.hpp>
 #include <tbb/parallel_sort.h>
@@ -54,7 +54,7 @@ void sortInParallel(auto& values, const Before& before) {
         tbb::this_task_arena::isolate([&] { tbb::parallel_sort(values.begin(), values.end(), before); });
 }
 
-/// Distinct texts, lower-cased, with their numbers in the order in which they were met.
+/// Distinct texts, without their case, with their numbers in the order in which they were met.
 class FoldedTexts {
 public:
     std::uint32_t numberOf(const bk2::variant_t& value) {
@@ -110,7 +110,7 @@ private:
     }
 
     std::uint32_t numberOfText(std::string_view text) {
-        portkit2::lower_case(text, m_folded);
+        foldCase(text, m_folded);
         return m_by_text.try_emplace(m_folded, static_cast<std::uint32_t>(m_by_text.size())).first->second;
     }
 

@@ -141,7 +141,7 @@ class GridOracle:
 
     def _sort_key(self, row: Row):
         cell = self.cells(row)[self.sort_column]
-        return fold_case(cell) if isinstance(cell, str) else cell
+        return cell.casefold() if isinstance(cell, str) else cell
 
     # --- Trees ---
 

@@ -2,7 +2,7 @@
 
 from random import Random
 
-NAMES = ("main", "Alpha", "alpha2", "beta", "io wait", 'say "hi"', "Ünï", "读取", "x←y")
+NAMES = ("main", "Alpha", "alpha2", "beta", "io wait", 'say "hi"', "Ünï", "äa", "读取", "x←y")
 
 
 def random_samples(random: Random) -> list[tuple[tuple[str, ...], int]]:
