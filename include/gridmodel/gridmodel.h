@@ -38,6 +38,8 @@ struct GridRowState {
     std::vector<RowKeys> expandedKeys;
     bk2::variant_t focusKey;
     int focusLevel = -1; ///< -1 when there is no current row
+    /// What the rows above the current one are known by, from the top: a number for each path of keys.
+    bk2::array_t<std::uint64_t> pathsAboveFocus;
 };
 
 /// The one implementation of `IGridModel`.
@@ -251,8 +253,13 @@ private:
                  std::shared_ptr<dataface1::ITableTreeHelper> helper, ColumnHierarchy& hierarchy,
                  notifykit2::IProgress* progress);
 
+    struct ProvidedRow;
+    template <class Visit>
+    void visitProvidedRows(const dataface1::IColumnInfo& groupingColumn, notifykit2::IProgress* progress,
+                           const Visit& visit) const;
     void saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
                          notifykit2::IProgress* progress) const;
+    int nearestRowAbove(const GridRowState& state, const dataface1::IColumnInfo& groupingColumn) const;
     void addUnrestored(GridRowState& state) const;
     // What a person does after a restoration that was cancelled counts more than what was to be restored.
     void forgetUnrestored(const Item& closed);

@@ -25,6 +25,9 @@ public:
     void erase(const bk2::variant_t& key);
     bool contains(const bk2::variant_t& key) const;
 
+    /// The same for keys that are one.
+    static std::size_t hashOf(const bk2::variant_t& key);
+
 private:
     struct Hash {
         std::size_t operator()(const bk2::variant_t& key) const;

@@ -97,10 +97,9 @@ bool GridModel::replaceTree(const bk2::sptr_t<dataface1::ITableTree>& tree,
 }
 
 bool GridModel::loadNewRows(notifykit2::IProgress* progress) {
-    const bool loaded = loadTopRows(progress) >= 0;
-    // Before rows are opened again: an index that means no row by now must not come to mean one of those.
-    if (getCurrentRow() >= getRowCount()) m_selectedRows->setCurrentRow(-1);
-    return loaded;
+    // The index means none of the new rows, and must not come to mean one that is opened again.
+    m_selectedRows->setCurrentRow(-1);
+    return loadTopRows(progress) >= 0;
 }
 
 bool GridModel::replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
@@ -109,7 +108,6 @@ bool GridModel::replaceGrouping(const bk2::sptr_t<dataface1::ITableTree>& tree,
     ColumnHierarchy hierarchy;
     cleanup(tree, std::move(helper), hierarchy, progress);
     m_columnHierarchy = std::move(hierarchy);
-    m_selectedRows->setCurrentRow(-1);
     m_unrestored.reset();
     setSortingCondition(sortingInfo);
     return loadNewRows(progress);

@@ -1,9 +1,11 @@
 #include "gridmodel/chainrow.h"
 #include "gridmodel/gridmodel.h"
 
+#include <boost/container_hash/hash.hpp>
 #include <boost/unordered/unordered_flat_map.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <typeinfo>
@@ -29,6 +31,13 @@ RowKeys& keysOfLevel(GridRowState& state, int level) {
     return state.expandedKeys[index];
 }
 
+/// What a row is known by, if the row above it is known by `path`.
+std::uint64_t pathBelow(std::uint64_t path, const bk2::variant_t& key) {
+    std::size_t below = path;
+    boost::hash_combine(below, RowKeys::hashOf(key));
+    return below;
+}
+
 bool isOpen(const GridRowState& state, int level, const bk2::variant_t& key) {
     const auto index = static_cast<std::size_t>(level);
     return index < state.expandedKeys.size() && state.expandedKeys[index].contains(key);
@@ -51,28 +60,68 @@ void GridModel::saveGridRowState(GridRowState& state, notifykit2::IProgress* pro
     addUnrestored(state);
 }
 
+/// A row of the provider that stands behind a visible row: a folded row stands for several.
+struct GridModel::ProvidedRow {
+    int row;            ///< the visible one
+    bool isFront;       ///< it is the first one behind that
+    int level;          ///< of the provider's rows
+    bool hasKey;        ///< false if it could not be read
+    bk2::variant_t key; ///< null without one
+    std::uint64_t path; ///< a number for the keys from the top down to this one
+};
+
+template <class Visit>
+void GridModel::visitProvidedRows(const dataface1::IColumnInfo& groupingColumn,
+                                  notifykit2::IProgress* progress, const Visit& visit) const {
+    struct Below {
+        int level;
+        std::uint64_t path;
+    };
+    std::vector<Below> way; // behind each visible row on the way down
+    for (int row = 0; row < getRowCount() && !notifykit2::is_canceled(progress); ++row) {
+        way.resize(static_cast<std::size_t>(getRowLevel(row)));
+        Below below = way.empty() ? Below{0, 0} : way.back();
+        const auto rows = providerRows(shownRow(row));
+        for (const RowPtr& provided : rows) {
+            ProvidedRow visited{row, &provided == rows.data(), below.level++, false, {}, 0};
+            visited.hasKey = rowKey(*provided, groupingColumn, visited.key);
+            visited.path = below.path = pathBelow(below.path, visited.key);
+            visit(visited);
+            if (getRowState(row) != RowExpanded) break;
+        }
+        way.push_back(below);
+    }
+}
+
 void GridModel::saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
                                 notifykit2::IProgress* progress) const {
-    // The provider's level behind each visible row on the way down: a folded row stands for several.
-    std::vector<int> levelBelow;
-    for (int row = 0; row < getRowCount() && !notifykit2::is_canceled(progress); ++row) {
-        levelBelow.resize(static_cast<std::size_t>(getRowLevel(row)));
-        const int front = levelBelow.empty() ? 0 : levelBelow.back();
-        int level = front;
-        for (const RowPtr& provided : providerRows(shownRow(row))) {
-            bk2::variant_t key;
-            const bool known = rowKey(*provided, groupingColumn, key);
-            RowKeys& keys = keysOfLevel(state, level);
-            if (row == getCurrentRow() && level == front) {
-                state.focusKey = key;
-                state.focusLevel = known ? level : -1;
-            }
-            ++level;
-            if (getRowState(row) != RowExpanded) break;
-            if (known) keys.insert(std::move(key));
+    visitProvidedRows(groupingColumn, progress, [&](ProvidedRow& visited) {
+        RowKeys& keys = keysOfLevel(state, visited.level);
+        if (visited.isFront && visited.row < getCurrentRow()) state.pathsAboveFocus.push_back(visited.path);
+        if (visited.isFront && visited.row == getCurrentRow()) {
+            state.focusKey = visited.key;
+            state.focusLevel = visited.hasKey ? visited.level : -1;
         }
-        levelBelow.push_back(level);
-    }
+        if (visited.hasKey && getRowState(visited.row) == RowExpanded) keys.insert(std::move(visited.key));
+    });
+}
+
+/// Of the rows that stood above the current one, the nearest that still shows; -1 if none does. Cost: all
+/// rows.
+int GridModel::nearestRowAbove(const GridRowState& state,
+                               const dataface1::IColumnInfo& groupingColumn) const {
+    boost::unordered_flat_map<std::uint64_t, std::size_t> places;
+    std::size_t place = 0, nearestPlace = 0;
+    for (const std::uint64_t path : state.pathsAboveFocus)
+        places[path] = ++place;
+    int nearest = -1;
+    visitProvidedRows(groupingColumn, nullptr, [&](const ProvidedRow& visited) {
+        const auto found = visited.isFront ? places.find(visited.path) : places.end();
+        if (found == places.end() || found->second <= nearestPlace) return;
+        nearestPlace = found->second;
+        nearest = visited.row;
+    });
+    return nearest;
 }
 
 void GridModel::forgetUnrestored(const Item& closed) {
@@ -93,7 +142,9 @@ void GridModel::forgetUnrestoredRows() {
 }
 
 void GridModel::forgetUnrestoredFocus() {
-    if (m_unrestored) m_unrestored->focusLevel = -1;
+    if (!m_unrestored) return;
+    m_unrestored->focusLevel = -1;
+    m_unrestored->pathsAboveFocus.clear();
 }
 
 void GridModel::addUnrestored(GridRowState& state) const {
@@ -104,6 +155,7 @@ void GridModel::addUnrestored(GridRowState& state) const {
     if (m_unrestored->focusLevel < 0) return;
     state.focusKey = m_unrestored->focusKey;
     state.focusLevel = m_unrestored->focusLevel;
+    state.pathsAboveFocus = m_unrestored->pathsAboveFocus;
 }
 
 /// Puts a saved state back into new items. Rows whose children are at hand are walked from top to bottom, as
@@ -129,7 +181,7 @@ public:
             }
         }
         m_grid.showOpened(m_opened, true);
-        if (!m_focuses.empty() && m_state.focusLevel >= 0) m_grid.m_selectedRows->setCurrentRow(focusRow());
+        if (m_state.focusLevel >= 0) m_grid.m_selectedRows->setCurrentRow(focusRow());
         return !m_failed && !notifykit2::is_canceled(m_progress);
     }
 
@@ -177,6 +229,7 @@ private:
     /// The row of the last item that the focus was found in. A row that is folded away has no index of its
     /// own: the first one stands for it.
     int focusRow() const {
+        if (m_focuses.empty()) return m_grid.nearestRowAbove(m_state, *m_groupingColumn);
         for (int row = m_grid.getRowCount() - 1; row >= 0; --row)
             if (const auto found = m_focuses.find(m_grid.getItemByRow(row)); found != m_focuses.end())
                 return found->second ? row : 0;

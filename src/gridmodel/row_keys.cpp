@@ -87,6 +87,11 @@ void RowKeys::makeIndex() const {
         m_words[number / 64 - m_firstWord] |= bitOf(number);
 }
 
+std::size_t RowKeys::hashOf(const bk2::variant_t& key) {
+    const auto number = wholeNumber(key);
+    return number ? *number : Hash()(key);
+}
+
 /// Of keys that are no whole number from 0 on: a negative one by its value, and so a double that equals it.
 std::size_t RowKeys::Hash::operator()(const bk2::variant_t& key) const {
     if (key.is_numeric()) return std::hash<double>()(key.get<double>());

@@ -183,26 +183,21 @@ private:
         for (const auto& row : m_oracle.rows())
             if (GridOracle::state(*row.node) == '-')
                 openKeys[static_cast<std::size_t>(row.level)].insert(row.node->id);
-        const int currentIndex = m_oracle.indexOf(m_oracle.current);
-        const bk2::s64_t currentId = m_oracle.current ? m_oracle.current->id : 0;
+        std::vector<bk2::s64_t> idsToCurrent;
+        for (const auto& row : m_oracle.rows()) {
+            if (m_oracle.current) idsToCurrent.push_back(row.node->id);
+            if (row.node == m_oracle.current) break;
+        }
         m_oracle.selected.clear();
         m_oracle.current = nullptr;
         if (pick(2) && m_oracle.root.children.size() > 1)
             m_oracle.root.children.erase(m_oracle.root.children.begin() +
                                          pick(static_cast<int>(m_oracle.root.children.size())));
         reopen(m_oracle.root, 0, true, openKeys);
-        const auto visible = m_oracle.rows();
-        for (const auto& row : visible)
-            if (row.node->id == currentId) m_oracle.current = row.node;
-        if (!m_oracle.current) m_oracle.current = rowLeftBehind(visible, currentIndex);
-    }
-
-    /// A row that is gone leaves its index behind, as far as a top row explains it: those come first.
-    static OracleNode* rowLeftBehind(const std::vector<GridOracle::Row>& visible, int index) {
-        int top = 0;
-        for (const auto& row : visible)
-            if (row.level == 0 && top++ == index) return row.node;
-        return nullptr;
+        // A current row that is gone leaves the nearest one above it.
+        for (auto id = idsToCurrent.rbegin(); id != idsToCurrent.rend() && !m_oracle.current; ++id)
+            for (const auto& row : m_oracle.rows())
+                if (row.node->id == *id) m_oracle.current = row.node;
     }
 
     static void reopen(OracleNode& parent, std::size_t level, bool reached,

@@ -147,16 +147,16 @@ class GridOracle:
 
     def refresh(self, grouping: str, tree: Node, start: int, count: int, mode: str, levels: int, persisted) -> None:
         same = grouping == self.grouping
-        saved, old_index = (self._save_state(), self.current_index()) if same else (None, -1)
+        saved = self._save_state() if same else None
         self.grouping = grouping
         self.tree = tree
         self.columns = call_trees.column_captions(grouping, len(tree.total))
         if not same:
             self.visible_columns = call_trees.top_columns(grouping, len(tree.total))
             self.sort_column, self.descending = self._first_sort(*persisted)
-        self._show_tree(old_index)
+        self._show_tree()
         if saved:
-            self._restore_state(saved)
+            self._restore_state(*saved)
         self.start, self.count = start, count
         # The top rows were made in the mode of before; the new one holds for those that are made later.
         self.mode = mode or self.mode
@@ -172,30 +172,19 @@ class GridOracle:
     def change_mode(self, mode: str) -> None:
         if mode == self.mode:
             return
-        saved, old_index = self._save_state(), self.current_index()
+        saved = self._save_state()
         self.mode = mode
-        self._show_tree(old_index)
+        self._show_tree()
         if self.expand_levels:
             self.open_all(0)
-        self._restore_state(saved)
+        self._restore_state(*saved)
 
-    def _show_tree(self, old_index: int) -> None:
+    def _show_tree(self) -> None:
         self.selected = set()
         self.current = self.footer = self.search_key = None
         self.root = Row([], None)
         self.root.expanded = True
         self.root.children = self._make_rows(self.tree, self.root)
-        self.maybe_current = self._tops_at(old_index)
-
-    def _tops_at(self, index: int) -> list[Row]:
-        """The top rows that a sort may put there: an index that no row explains stays where it was."""
-        tops = self.root.children
-        if not 0 <= index < len(tops):
-            return []
-        if self.sort_column < 0:
-            return list(tops)
-        key = sorted((self._sort_key(row) for row in tops), reverse=self.descending)[index]
-        return [row for row in tops if self._sort_key(row) == key]
 
     def _make_rows(self, parent: Node, above: Row) -> list[Row]:
         return [self._make_row(node, above) for node in parent.children.values()]
@@ -216,17 +205,20 @@ class GridOracle:
 
     def _save_state(self):
         open_nodes = {key_of(node) for row in self.rows() if self._is_open(row) for node in row.nodes}
-        return open_nodes, key_of(self.current.nodes[0]) if self.current else None
+        focus = key_of(self.current.nodes[0]) if self.current else None
+        above = [row.nodes[0].path for row in self.rows()[: self.current_index()]] if self.current else []
+        return open_nodes, focus, above
 
     @staticmethod
     def _is_open(row: Row) -> bool:
         return row.expanded and row.children != []
 
-    def _restore_state(self, saved) -> None:
+    def _restore_state(self, open_nodes, focus, above) -> None:
+        """Where the current row is gone, the nearest one that stood above it and still shows is it."""
         found: list = []
-        self._reopen(self.root, *saved, found)
-        if found:
-            self.maybe_current = found
+        self._reopen(self.root, open_nodes, focus, found)
+        shown = {row.nodes[0].path: row for row in self.rows()}
+        self.maybe_current = found or [shown[path] for path in above if path in shown][-1:]
 
     def _reopen(self, parent: Row, open_nodes, focus, found: list) -> None:
         for row in parent.children:
