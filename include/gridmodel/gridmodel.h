@@ -256,7 +256,7 @@ private:
     struct ProvidedRow;
     template <class Visit>
     void visitProvidedRows(const dataface1::IColumnInfo& groupingColumn, notifykit2::IProgress* progress,
-                           const Visit& visit) const;
+                           int rowsWithPath, const Visit& visit) const;
     void saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
                          notifykit2::IProgress* progress) const;
     int nearestRowAbove(const GridRowState& state, const dataface1::IColumnInfo& groupingColumn) const;

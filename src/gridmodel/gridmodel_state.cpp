@@ -67,12 +67,13 @@ struct GridModel::ProvidedRow {
     int level;          ///< of the provider's rows
     bool hasKey;        ///< false if it could not be read
     bk2::variant_t key; ///< null without one
-    std::uint64_t path; ///< a number for the keys from the top down to this one
+    std::uint64_t path; ///< a number for the keys from the top down to this one, where it is wanted
 };
 
 template <class Visit>
 void GridModel::visitProvidedRows(const dataface1::IColumnInfo& groupingColumn,
-                                  notifykit2::IProgress* progress, const Visit& visit) const {
+                                  notifykit2::IProgress* progress, int rowsWithPath,
+                                  const Visit& visit) const {
     struct Below {
         int level;
         std::uint64_t path;
@@ -85,7 +86,8 @@ void GridModel::visitProvidedRows(const dataface1::IColumnInfo& groupingColumn,
         for (const RowPtr& provided : rows) {
             ProvidedRow visited{row, &provided == rows.data(), below.level++, false, {}, 0};
             visited.hasKey = rowKey(*provided, groupingColumn, visited.key);
-            visited.path = below.path = pathBelow(below.path, visited.key);
+            if (row < rowsWithPath) below.path = pathBelow(below.path, visited.key);
+            visited.path = below.path;
             visit(visited);
             if (getRowState(row) != RowExpanded) break;
         }
@@ -95,7 +97,7 @@ void GridModel::visitProvidedRows(const dataface1::IColumnInfo& groupingColumn,
 
 void GridModel::saveVisibleRows(const dataface1::IColumnInfo& groupingColumn, GridRowState& state,
                                 notifykit2::IProgress* progress) const {
-    visitProvidedRows(groupingColumn, progress, [&](ProvidedRow& visited) {
+    visitProvidedRows(groupingColumn, progress, getCurrentRow(), [&](ProvidedRow& visited) {
         RowKeys& keys = keysOfLevel(state, visited.level);
         if (visited.isFront && visited.row < getCurrentRow()) state.pathsAboveFocus.push_back(visited.path);
         if (visited.isFront && visited.row == getCurrentRow()) {
@@ -115,7 +117,7 @@ int GridModel::nearestRowAbove(const GridRowState& state,
     for (const std::uint64_t path : state.pathsAboveFocus)
         places[path] = ++place;
     int nearest = -1;
-    visitProvidedRows(groupingColumn, nullptr, [&](const ProvidedRow& visited) {
+    visitProvidedRows(groupingColumn, nullptr, getRowCount(), [&](const ProvidedRow& visited) {
         const auto found = visited.isFront ? places.find(visited.path) : places.end();
         if (found == places.end() || found->second <= nearestPlace) return;
         nearestPlace = found->second;
