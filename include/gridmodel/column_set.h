@@ -39,7 +39,8 @@ PANEDECK_API void updateColumnFormat(const GridColumns& columns, const ColumnHie
 /// The greatest value in any of the columns; null if there is none.
 PANEDECK_API bk2::variant_t getMaxPerUnitOfMeasure(const GridColumns& columns);
 
-/// Stores in each column that has a unit the greatest value over all columns of that unit.
+/// Stores in each column that has a unit the greatest value over all columns of that unit, as a number of its
+/// own: of two columns of times, one may count microseconds and the other nanoseconds.
 PANEDECK_API void propagateColumnMaxValues(const GridColumns& columns);
 
 } // namespace panedeck

@@ -52,6 +52,8 @@ public:
     const bk2::sptr_t<dataface1::IQuery>& getQuery() const { return m_query; }
     const QueryInfo& getQueryInfo() const { return m_queryInfo; }
     unit_of_measure_t getUnitOfMeasure() const { return m_unitOfMeasure; }
+    /// How many seconds the number 1 stands for in a column of times; 1 in every other.
+    double getUnitScale() const { return m_unitScale; }
     const std::string& getVersionText() const { return m_versionText; }
     const std::string& getExtraVersionText() const { return m_extraVersionText; }
     bool isCollapsible() const { return m_isCollapsible; }
@@ -147,6 +149,7 @@ private:
     bk2::sptr_t<dataface1::IQuery> m_query;
     bool m_isCollapsible = false;
     unit_of_measure_t m_unitOfMeasure = unit_of_measure_t::none;
+    double m_unitScale = 1;
     bk2::variant_t m_maxPerUnitOfMeasure;
     std::string m_helpKeyword;
     QueryInfo m_queryInfo;

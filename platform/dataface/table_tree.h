@@ -154,8 +154,12 @@ protected:
     ~IReducibleTableTree() override;
 };
 
-/// A tree that knows the extremes of its columns without being walked. Each answer is over the top rows;
-/// false if the column holds no numbers or there is no row.
+/// A tree that knows the extremes of its columns without being walked. False if the column holds no numbers
+/// or there is no row.
+///
+/// Bars are drawn on these scales: no number in any row, at whatever level, lies above a column's maximum or
+/// below its minimum. Where exact ones would cost a walk of all rows, bounds serve. The sum is that of the
+/// top rows.
 class PANEDECK_API IColumnStatistics : public bk2::object_interface_t {
 public:
     virtual bool getColumnMaximum(const IColumnInfo& column, bk2::variant_t& value) const = 0;

@@ -17,7 +17,8 @@ class PANEDECK_API ITableTreeHelper {
 public:
     virtual ~ITableTreeHelper();
 
-    /// Over the top rows; null if the column holds no numbers or there is no row.
+    /// As the tree's `IColumnStatistics` has them, which look at rows of all levels; of a tree without them
+    /// only the top rows are read. Null if the column holds no numbers or there is no row.
     virtual bk2::variant_t getMaxValue(const IColumnInfo& column) = 0;
     virtual bk2::variant_t getMinValue(const IColumnInfo& column) = 0;
     virtual bk2::variant_t getSum(const IColumnInfo& column) = 0;

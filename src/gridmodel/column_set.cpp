@@ -31,6 +31,19 @@ bool isLeftOut(const IColumnInfo& columnInfo) {
            hasAttribute(dataface1::throughVector(columnInfo.getQuery()), "hideTotal", false);
 }
 
+/// The greatest of numbers that count in different parts of one unit, by these parts, as a number that counts
+/// in one of them.
+variant_t greatestInScale(const std::map<double, variant_t>& maxima, double scale) {
+    variant_t greatest;
+    for (const auto& [otherScale, maximum] : maxima) {
+        if (maximum.is_null()) continue;
+        const variant_t number =
+            otherScale == scale ? maximum : variant_t(maximum.get<double>() * (otherScale / scale));
+        if (greatest.is_null() || number > greatest) greatest = number;
+    }
+    return greatest;
+}
+
 /// Whether `hierarchy` names one of the columns.
 bool namesColumn(const ColumnHierarchy& hierarchy, const GridColumns& columns) {
     return hierarchy.dataIndex >= 0 && static_cast<std::size_t>(hierarchy.dataIndex) < columns.size();
@@ -150,14 +163,19 @@ variant_t getMaxPerUnitOfMeasure(const GridColumns& columns) {
 }
 
 void propagateColumnMaxValues(const GridColumns& columns) {
-    std::map<unit_of_measure_t, GridColumns> columnsByUnit;
+    std::map<unit_of_measure_t, std::map<double, GridColumns>> columnsByUnit;
     for (const auto& column : columns)
         if (column->getUnitOfMeasure() != unit_of_measure_t::none)
-            columnsByUnit[column->getUnitOfMeasure()].push_back(column);
-    for (const auto& [unit, group] : columnsByUnit) {
-        const variant_t maximum = getMaxPerUnitOfMeasure(group);
-        for (const auto& column : group)
-            column->setMaxPerUnitOfMeasure(maximum);
+            columnsByUnit[column->getUnitOfMeasure()][column->getUnitScale()].push_back(column);
+    for (const auto& [unit, columnsByScale] : columnsByUnit) {
+        std::map<double, variant_t> maxima;
+        for (const auto& [scale, group] : columnsByScale)
+            maxima[scale] = getMaxPerUnitOfMeasure(group);
+        for (const auto& [scale, group] : columnsByScale) {
+            const variant_t maximum = greatestInScale(maxima, scale);
+            for (const auto& column : group)
+                column->setMaxPerUnitOfMeasure(maximum);
+        }
     }
 }
 

@@ -41,16 +41,28 @@ unit_of_measure_t unitOfValueType(dataface1::query_value_type_t type) {
     }
 }
 
-/// An info query below a metric stands for one of its values: it has the unit of the column above.
-unit_of_measure_t unitOfColumn(const IColumnInfo& columnInfo) {
+/// What the values of a column are measures of. An info query below a metric stands for one of its values: it
+/// has the unit of the column above. Null if there is none.
+sptr_t<IQuery> measuredQuery(const IColumnInfo& columnInfo) {
     sptr_t<IColumnInfo> column(const_cast<IColumnInfo*>(&columnInfo));
     for (; column; column = column->getParentColumn()) {
         const auto query = dataface1::throughVector(column->getQuery());
-        if (!query) break;
-        if (dataface1::ITimeQuery::cast(query)) return unit_of_measure_t::time;
-        if (!IInfoQuery::cast(query)) return unitOfValueType(query->getValueType());
+        if (!query || dataface1::ITimeQuery::cast(query) || !IInfoQuery::cast(query)) return query;
     }
-    return unit_of_measure_t::none;
+    return nullptr;
+}
+
+unit_of_measure_t unitOf(const sptr_t<IQuery>& measured) {
+    if (!measured) return unit_of_measure_t::none;
+    if (dataface1::ITimeQuery::cast(measured)) return unit_of_measure_t::time;
+    return unitOfValueType(measured->getValueType());
+}
+
+/// How many seconds the number 1 stands for; 1 for what is no time.
+double scaleOf(const sptr_t<IQuery>& measured) {
+    if (unitOf(measured) != unit_of_measure_t::time) return 1;
+    const double seconds = Formatter::varToDouble(measured->getAttribute("timeUnit", variant_t(1.0)));
+    return std::isfinite(seconds) && seconds > 0 ? seconds : 1;
 }
 
 bool isFarther(const variant_t& a, const variant_t& b) {
@@ -70,7 +82,9 @@ GridColumn::GridColumn(int index, sptr_t<IColumnInfo> columnInfo,
     m_query = dataface1::throughVector(m_columnInfo->getQuery());
     m_isCollapsible = getCollapsible();
     initColumnFormats();
-    m_unitOfMeasure = unitOfColumn(*m_columnInfo);
+    const auto measured = measuredQuery(*m_columnInfo);
+    m_unitOfMeasure = unitOf(measured);
+    m_unitScale = scaleOf(measured);
     m_helpKeyword = makeHelpKeyword();
     initQueryInfo();
 }
@@ -169,7 +183,7 @@ variant_t GridColumn::calculateBarMaxValue() const {
         const auto sibling =
             m_tableTreeHelper->findColumn(*m_query, (flags & ~dataface1::column_value_kinds) | kind);
         const variant_t value = sibling ? getAbsMaxValue(*sibling) : variant_t();
-        if (!value.is_null() && (greatest.is_null() || value > greatest)) greatest = value;
+        if (!value.is_null() && (greatest.is_null() || isFarther(value, greatest))) greatest = value;
     }
     return greatest;
 }

@@ -119,6 +119,14 @@ TEST_F(ColumnSetTest, ScalesColumnsOfOneUnitAlike) {
         EXPECT_EQ(columns[index]->getMaxPerUnitOfMeasure(), variant_t(bk2::s64_t(4))) << index;
     EXPECT_EQ(columns[6]->getMaxPerUnitOfMeasure(), variant_t(bk2::s64_t(800)));
     EXPECT_TRUE(columns[0]->getMaxPerUnitOfMeasure().is_null());
+
+    bytes->type = query_value_type_t::time;
+    bytes->attributes["timeUnit"] = variant_t(1e-3);
+    time->attributes["timeUnit"] = variant_t(0.1);
+    build();
+    propagateColumnMaxValues(columns);
+    EXPECT_EQ(columns[6]->getMaxPerUnitOfMeasure(), variant_t(bk2::s64_t(800))) << "milliseconds";
+    EXPECT_DOUBLE_EQ(columns[3]->getMaxPerUnitOfMeasure().get<double>(), 8) << "the same in tenths";
 }
 
 TEST_F(ColumnSetTest, KnowsWhetherRowsHaveBaseRows) {

@@ -221,9 +221,9 @@ TEST(GridColumn, FindsThePercentBase) {
 }
 
 TEST(GridColumn, ScalesBars) {
-    const auto tree = expandedTree(makeMetric("m"), "a | 5 | | | -9 | 3 | 4 | -1\nb | -8 | | | | 2 | 7 | -5");
+    const auto tree = expandedTree(makeMetric("m"), "a | 5 | | | -9 | 3 | 4 | -1\nb | -8 | | | | 2 | -7 | 9");
     EXPECT_EQ(makeColumn(tree, 1).getBarMaxValue(), variant_t(bk2::s64_t(-8)));
-    EXPECT_EQ(makeColumn(tree, 7).getBarMaxValue(), variant_t(bk2::s64_t(7)))
+    EXPECT_EQ(makeColumn(tree, 7).getBarMaxValue(), variant_t(bk2::s64_t(-7)))
         << "of what it is the difference of";
     EXPECT_TRUE(makeColumn(tree, 2).getBarMaxValue().is_null());
 }
