@@ -198,6 +198,13 @@ TEST(variant_bag, behaves_like_two_vectors) {
         }
         ASSERT_EQ(bag.count<variant_t>(nullptr), values.size() + 1);
         ASSERT_EQ(bag.count<variant_bag_t>(nullptr), children.size());
+        if (step % 10 == 0) {
+            std::vector<std::string> names;
+            for (const auto& [child_name, number] : children)
+                names.push_back(child_name);
+            ASSERT_EQ(child_names(bag), names);
+            ASSERT_EQ(child_names(variant_bag_t(bag)), names);
+        }
         const auto expected = find(values, name), first_child = find(children, name);
         ASSERT_EQ(bag.get_variant(name, -1),
                   expected == values.end() ? variant_t(-1) : variant_t(expected->second));
