@@ -46,19 +46,6 @@ TEST(variant_bag, an_empty_bag_is_small_and_has_nothing) {
     EXPECT_EQ(bag.get_own_value("a"), nullptr);
 }
 
-TEST(variant_bag, put_replaces_in_place_and_keeps_kinds) {
-    variant_bag_t bag;
-    bag.put<variant_t>("a", 1);
-    bag.put<variant_t>("b", true);
-    bag.put<variant_t>("a", "replaced");
-    EXPECT_EQ(bag.begin<variant_t>().get_name(), "a");
-    EXPECT_EQ(bag.get_variant("a").text(), "replaced");
-    EXPECT_EQ(bag.get_variant("b").tag(), vt_bool);
-    EXPECT_EQ(bag.get_variant("c", 7).get<s32_t>(), 7);
-    EXPECT_EQ(bag.count<variant_t>(nullptr), 3u);
-    EXPECT_EQ(bag.count<variant_t>("a"), 1u);
-}
-
 TEST(variant_bag, appended_values_are_like_those_that_were_put) {
     variant_bag_t bag;
     bag.reserve_values(3);
@@ -87,22 +74,6 @@ TEST(variant_bag, a_put_child_is_copied_from_an_lvalue_and_taken_from_an_rvalue)
     EXPECT_EQ(bag.count<variant_bag_t>(nullptr), 1u);
     EXPECT_EQ(stored.get_parent(), &bag);
     EXPECT_TRUE(stored.has<variant_t>("x"));
-}
-
-TEST(variant_bag, children_of_one_name_stay_apart_and_in_order) {
-    variant_bag_t bag;
-    bag.add_variant_bag("row").put<variant_t>("", 1);
-    bag.add_variant_bag("column");
-    bag.add_variant_bag("row").put<variant_t>("", 2);
-    EXPECT_EQ(bag.count<variant_bag_t>("row"), 2u);
-    EXPECT_EQ(bag.get_own_value("row")->get<s32_t>(), 1);
-    auto row = bag.begin_by_name<variant_bag_t>("row");
-    row.next();
-    EXPECT_EQ(row.get_value().get_variant("").get<s32_t>(), 2);
-    row.next();
-    EXPECT_TRUE(row.at_end());
-    EXPECT_EQ(bag.remove<variant_bag_t>("row"), 2u);
-    EXPECT_EQ(child_names(bag), std::vector<std::string>{"column"});
 }
 
 TEST(variant_bag, references_to_children_survive_appending_and_removing) {
@@ -193,6 +164,11 @@ TEST(variant_bag, behaves_like_two_vectors) {
             if (value != values.end()) values.erase(value);
             break;
         case 5:
+            if (step % 7 == 0) {
+                EXPECT_EQ(bag.remove<variant_bag_t>(name),
+                          std::erase_if(children, [&](const auto& entry) { return entry.first == name; }));
+                break;
+            }
             EXPECT_EQ(bag.remove(bag.get<variant_bag_t>(name)), child != children.end());
             if (child != children.end()) children.erase(child);
         }

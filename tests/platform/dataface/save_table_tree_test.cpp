@@ -63,22 +63,6 @@ TEST(SaveTableTree, WritesColumnsAndRowsInPreorder) {
     EXPECT_EQ(answer.get<variant_bag_t>("columns")->get_variant("arrayOf").text(), "column");
 }
 
-TEST(SaveTableTree, CutsAtTheLimit) {
-    struct {
-        std::uint64_t firstRow;
-        std::uint32_t limit;
-        int status;
-        std::size_t rows;
-    } const cases[] = {{0, 0, 1, 0}, {0, 3, 1, 3}, {0, 4, 0, 4}, {0, 5, 0, 4},
-                       {1, 2, 1, 2}, {1, 3, 0, 3}, {9, 0, 0, 0}};
-    for (const auto& [firstRow, limit, status, rows] : cases) {
-        variant_bag_t answer;
-        EXPECT_EQ(saveTableTreeToVBag(smallTree(), answer, firstRow, nullptr, limit).value(), status)
-            << limit;
-        EXPECT_EQ(answer.get<variant_bag_t>("rows")->count<variant_bag_t>("row"), rows) << limit;
-    }
-}
-
 TEST(SaveTableTree, WritesColumnsWithoutRows) {
     variant_bag_t answer;
     EXPECT_EQ(saveTableTreeToVBag(makeTree({{makeMetric("n")}}, ""), answer, 0, nullptr, 0).value(), 0);
