@@ -63,12 +63,6 @@ TEST(SaveTableTree, WritesColumnsAndRowsInPreorder) {
     EXPECT_EQ(answer.get<variant_bag_t>("columns")->get_variant("arrayOf").text(), "column");
 }
 
-TEST(SaveTableTree, WritesColumnsWithoutRows) {
-    variant_bag_t answer;
-    EXPECT_EQ(saveTableTreeToVBag(makeTree({{makeMetric("n")}}, ""), answer, 0, nullptr, 0).value(), 0);
-    EXPECT_EQ(printedColumns(answer), "c0:Name c1:n");
-}
-
 TEST(SaveTableTree, TellsWhatCouldNotBeRead) {
     variant_bag_t answer;
     EXPECT_EQ(saveTableTreeToVBag(nullptr, answer, 0, nullptr, all).as_string(1),
