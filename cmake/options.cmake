@@ -11,11 +11,14 @@ endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
+# Where the sources are, seen from the build: a compiler cache may call the compiler with such names.
+file(RELATIVE_PATH PANEDECK_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+
 add_library(panedeck_flags INTERFACE)
 target_compile_options(panedeck_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Werror
     # Files name themselves relative to the source tree, so that no log line holds a path of the builder.
-    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${PANEDECK_SOURCE_FROM_BUILD}/=)
 
 if(PANEDECK_SANITIZE)
     target_compile_options(panedeck_flags INTERFACE
