@@ -42,11 +42,13 @@ panedeck_pkg_config(panedeck-engine panedeck_engine "The data provider for profi
 install(TARGETS panedeck-host panedeck-guiserver panedeck_cli
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/config ${PROJECT_SOURCE_DIR}/samples
-    DESTINATION ${PANEDECK_INSTALL_DATA} COMPONENT programs)
+    DESTINATION ${PANEDECK_INSTALL_DATA} COMPONENT programs PATTERN "*.po" EXCLUDE)
+install(DIRECTORY ${PANEDECK_BUILT_MESSAGES} DESTINATION ${PANEDECK_INSTALL_DATA}/config COMPONENT programs)
 install(CODE "if(NOT EXISTS \"${PROJECT_SOURCE_DIR}/web/dist/index.html\")
     message(FATAL_ERROR \"The page is not built: cmake --build . --target panedeck_page\")
 endif()" COMPONENT programs)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/web/dist/ DESTINATION ${PANEDECK_INSTALL_DATA}/web COMPONENT programs)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/help DESTINATION ${PANEDECK_INSTALL_DATA}/web COMPONENT programs)
 
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md

@@ -34,13 +34,27 @@ inline bk2::error_code_t unknownOperation(const std::string& operation) {
     return bk2::error_code_t::raise(bk2::kinds::is_not_valid_parameter, operation);
 }
 
+/// The same without a text, for handlers whose failures of this sort have none.
+inline bk2::error_code_t unnamedOperation() {
+    return bk2::error_code_t::raise(bk2::kinds::is_not_valid_parameter, "");
+}
+
+/// The first operation of that exact name, null if there is none: for handlers with an answer of their own to
+/// what they do not have.
+template <class Handler, std::size_t count>
+const operation_t<Handler>* findOperation(const operation_t<Handler> (&table)[count],
+                                          std::string_view operation) {
+    const auto* found = std::ranges::find(table, operation, &operation_t<Handler>::name);
+    return found == table + count ? nullptr : found;
+}
+
 /// Serves the first operation of that exact name; an unknown one is `unknownOperation`.
 template <class Handler, std::size_t count>
 bk2::error_code_t serveOperation(Handler& handler, const operation_t<Handler> (&table)[count],
                                  const std::string& operation, const bk2::variant_bag_t& request,
                                  bk2::variant_bag_t& answer, notifykit2::IProgress* progress) {
-    const auto* found = std::ranges::find(table, operation, &operation_t<Handler>::name);
-    if (found == table + count) return unknownOperation(operation);
+    const auto* found = findOperation(table, operation);
+    if (!found) return unknownOperation(operation);
     return (handler.*found->serve)(request, answer, progress);
 }
 

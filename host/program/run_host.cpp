@@ -7,6 +7,7 @@
 #include "session/host_session.h"
 #include "session/open_results.h"
 #include "settingshub/product_locations.h"
+#include "settingshub/user_language.h"
 
 #include <chrono>
 #include <cstdio>
@@ -58,6 +59,7 @@ int runHost(const host_options_t& options) {
     const auto locations = settingshub2::IProductLocations::get();
     locations->setUserDirectory(options.userDirectory);
     locations->setConfigDirectory(options.configDirectory);
+    settingshub2::configureMessageCatalogs();
 
     open_results_t results;
     const auto opened =

@@ -2,6 +2,8 @@
 
 #include "handlers/request_handlers.h"
 #include "logkit/component_logger.h"
+#include "portkit/catalog.h"
+#include "session/session_services.h"
 
 #include <utility>
 
@@ -12,8 +14,9 @@ HostSession::HostSession(open_results_t results)
       m_filterMgr(IFilterMgr::create(m_results.library, m_results.first, m_results.second)),
       m_handlers(IRequestHandlerGroup::create()), m_dispatcher(IRequestDispatcher::create()),
       m_client(ISocketClient::create(&m_socketEvents)), m_scheduler(m_dispatcher, m_client, m_tasks),
-      m_events(m_scheduler, m_client) {
+      m_events(m_scheduler, m_client), m_languageSwitch(m_tasks, m_events) {
     m_socketEvents.setScheduler(m_scheduler);
+    m_socketEvents.setLanguageSwitch(m_languageSwitch);
     m_dispatcher->addRequestHandlerGroup(m_handlers);
     addHandlers();
 }
@@ -24,11 +27,12 @@ HostSession::~HostSession() {
 
 void HostSession::addHandlers() {
     m_handlers->addRequestHandler(createOptionsRequestHandler(false));
+    addSessionServices(*m_handlers, m_results);
     m_handlers->addRequestHandler(createGridRequestHandler(m_results.library, m_filterMgr, &m_events,
                                                            m_dataLock, m_results.first, m_results.second));
-    m_handlers->addRequestHandler(createGridViewRequestHandler(m_results.library, nullptr, m_filterMgr,
-                                                               &m_events, m_dataLock, m_results.first,
-                                                               m_results.second, nullptr, nullptr));
+    m_handlers->addRequestHandler(createGridViewRequestHandler(
+        m_results.library, portkit2::getMessageCatalog(messageCatalogName), m_filterMgr, &m_events,
+        m_dataLock, m_results.first, m_results.second, nullptr, nullptr));
 }
 
 bk2::error_code_t HostSession::connect(const server_address_t& server, const std::string& role,

@@ -9,6 +9,7 @@
 #include "program/server_address.h"
 #include "scheduler/request_scheduler.h"
 #include "session/host_event_dispatcher.h"
+#include "session/language_switch.h"
 #include "session/open_results.h"
 #include "session/socket_events.h"
 #include "transport/isocket_client.h"
@@ -55,6 +56,7 @@ private:
     bk2::sptr_t<ISocketClient> m_client;
     RequestScheduler m_scheduler;
     HostEventDispatcher m_events;
+    LanguageSwitch m_languageSwitch;
 };
 
 } // namespace panedeck::host

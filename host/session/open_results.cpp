@@ -36,6 +36,7 @@ bk2::error_code_t openResults(const std::vector<std::string>& paths, const std::
                               notifykit2::IProgress* progress, open_results_t& results) {
     results = {};
     open_results_t opened;
+    opened.paths = paths;
     input_t* const places[] = {&opened.first, &opened.second};
     for (std::size_t i = 0; i < paths.size() && i < std::size(places); ++i)
         if (const auto error = openOne(paths[i], progress, *places[i]); error.failed()) return error;

@@ -15,6 +15,7 @@ struct open_results_t {
     bk2::sptr_t<dataface1::IInputData> first;
     bk2::sptr_t<dataface1::IInputData> second; ///< null unless two are compared
     bk2::sptr_t<dataface1::IQueryLibrary> library;
+    std::vector<std::string> paths; ///< of the results, as they were given
 };
 
 /// Opens one or two results through the engine. Each path is a result directory or a profile file, which is

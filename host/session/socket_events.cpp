@@ -3,9 +3,20 @@
 #include "basekit/variant.h"
 #include "logkit/component_logger.h"
 
+#include <string>
 #include <string_view>
 
 namespace panedeck::host {
+
+namespace {
+
+/// Senders write a key of an event as a value or as a child's own value.
+std::string textOf(const bk2::variant_bag_t& event, std::string_view key) {
+    const bk2::variant_t* own = event.get_own_value(key);
+    return std::string(own ? own->text() : event.get_variant(key).text());
+}
+
+} // namespace
 
 bk2::error_code_t SocketEvents::onRequest(const char* requestId, const char* requestType,
                                           bk2::variant_bag_t& request) {
@@ -16,6 +27,8 @@ bk2::error_code_t SocketEvents::onEvent(const char* name, bk2::variant_bag_t& ev
     // Ids are texts; a sender that wrote a number means the same.
     if (std::string_view(name) == "cancelRequest")
         m_scheduler->cancelRequest(bk2::get_value_string(event.get_variant("requestId")));
+    if (std::string_view(name) == "setLanguage" && m_languageSwitch)
+        m_languageSwitch->switchTo(textOf(event, "language"));
     return bk2::error_code_t::success();
 }
 

@@ -1,5 +1,6 @@
 """The programs under test, as processes."""
 
+import os
 import subprocess
 import time
 from pathlib import Path
@@ -19,7 +20,8 @@ class Host:
         self._log = log
         with log.open("ab") as errors:
             self._process = subprocess.Popen(
-                [programs / "panedeck-host", *arguments], stdin=subprocess.DEVNULL, stderr=errors
+                [programs / "panedeck-host", *arguments], stdin=subprocess.DEVNULL, stderr=errors,
+                env={**os.environ, "LC_ALL": "C"},  # texts are in English, whoever runs the tests
             )
 
     def stop(self) -> None:

@@ -68,6 +68,7 @@ class _Run:
         self._asked: list[str] = []  # ids without an answer yet, on this connection
         self._forgotten: set[str] = set()  # ids that were asked on a connection that is gone
         self._arrived: list[Frame] = []  # frames that nothing has expected yet
+        self._events: list[Frame] = []  # events that nothing has expected yet
 
     def run(self) -> Outcome:
         try:
@@ -152,6 +153,14 @@ class _Run:
     def _do_answer(self, step: Step) -> None:
         """answer [to ID|to nobody]: the whole answer."""
         self._check(step, self._response(step).shown)
+
+    def _do_event(self, step: Step) -> None:
+        """event NAME: the next event of that name, which may have come already."""
+        self._flush()
+        while not (named := [frame for frame in self._events if frame.name == step.words[0]]):
+            self._keep(self._peer.receive())
+        self._events.remove(named[0])
+        self._check(step, named[0].shown)
 
     def _do_table(self, step: Step) -> None:
         """table [to ID]: a grid answer's rows."""
@@ -255,6 +264,8 @@ class _Run:
             if frame.request_id is not None and frame.request_id not in self._asked:
                 raise PeerError("a second answer, or one to nothing that was asked:\n" + frame.shown)
             self._arrived.append(frame)
+        if frame.kind == "event":
+            self._events.append(frame)
 
     def _expect_silence(self) -> None:
         """Asks something last: whatever else was sent by then has come ahead of this answer."""
