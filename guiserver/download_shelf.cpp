@@ -1,6 +1,6 @@
 #include "download_shelf.h"
 
-#include "url.h"
+#include "portkit/percent_encode.h"
 
 #include <algorithm>
 #include <unistd.h>
@@ -33,7 +33,7 @@ std::string attachment_header(std::string_view file_name) {
     std::string plain(file_name);
     std::replace_if(
         plain.begin(), plain.end(), [](char c) { return !is_plain(c); }, '_');
-    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" + percent_encode(file_name);
+    return "attachment; filename=\"" + plain + "\"; filename*=UTF-8''" + portkit2::percent_encode(file_name);
 }
 
 DownloadShelf::Loan::Loan(DownloadShelf& shelf, std::string id, int descriptor)

@@ -2,7 +2,7 @@
 
 #include "library_connection.h"
 #include "logkit/component_logger.h"
-#include "url.h"
+#include "portkit/percent_encode.h"
 
 #include <boost/system/system_error.hpp>
 
@@ -76,7 +76,7 @@ std::string RelayServer::library_address() const {
 
 std::string RelayServer::url() const {
     return "http://" + endpoint_text(m_http.acceptor.local_endpoint()) +
-           "/?token=" + percent_encode(m_rules.token());
+           "/?token=" + portkit2::percent_encode(m_rules.token());
 }
 
 void RelayServer::run() {

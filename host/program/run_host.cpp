@@ -59,13 +59,16 @@ int runHost(const host_options_t& options) {
     locations->setUserDirectory(options.userDirectory);
     locations->setConfigDirectory(options.configDirectory);
 
+    settingshub2::PrivateFolder exports;
+    if (!options.exportDirectory.empty())
+        if (const auto code = exports.open(options.exportDirectory); code.failed()) return fail(code);
     open_results_t results;
     const auto opened =
         openResults(options.results, locations->getConfigDirectory(), stopWish.opening(), results);
     if (opened.is_canceled()) return 0;
     if (opened.failed()) return fail(opened);
 
-    HostSession session(std::move(results));
+    HostSession session(std::move(results), std::move(exports));
     const auto connected = session.connect(options.server, options.role, options.token);
     if (connected.failed()) return fail(connected);
     stopWish.wait();

@@ -2,6 +2,7 @@
 #include "relay_options.h"
 #include "static_files.h"
 #include "support/temporary_folder.h"
+#include "portkit/percent_encode.h"
 #include "url.h"
 
 #include <gtest/gtest.h>
@@ -80,7 +81,7 @@ TEST(Url, TakesTargetsApart) {
     EXPECT_FALSE(query_parameter(target->query, "to"));
     for (const char* bad : {"", "*", "http://x/", "/%", "/%2", "/%zz", "/%-1", "/a%00b"})
         EXPECT_FALSE(parse_target(bad)) << bad;
-    EXPECT_EQ(percent_decode(percent_encode("ä b\n%+\x01")), "ä b\n%+\x01");
+    EXPECT_EQ(percent_decode(portkit2::percent_encode("ä b\n%+\x01")), "ä b\n%+\x01");
 }
 
 TEST(StaticFiles, StayInTheirFolder) {
