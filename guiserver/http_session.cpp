@@ -51,7 +51,8 @@ private:
     template <class Body>
     struct Outgoing {
         http::response<Body> message;
-        http::response_serializer<Body> serializer{message};
+        std::optional<http::response_serializer<Body>>
+            serializer;                            ///< looks at the whole message from its start
         std::shared_ptr<DownloadShelf::Loan> loan; ///< of the file that it sends, if that is a download
     };
 
@@ -213,11 +214,17 @@ private:
         return {value.data(), value.size()};
     }
 
-    /// Piece by piece, so that a slow reader has its time for each.
     template <class Body>
     void send(const std::shared_ptr<Outgoing<Body>>& response) {
+        response->serializer.emplace(response->message);
+        write(response);
+    }
+
+    /// Piece by piece, so that a slow reader has its time for each.
+    template <class Body>
+    void write(const std::shared_ptr<Outgoing<Body>>& response) {
         set_deadline();
-        http::async_write_some(m_stream, response->serializer,
+        http::async_write_some(m_stream, *response->serializer,
                                [self = shared_from_this(), response](const boost_error& error, std::size_t) {
                                    self->handle_write(response, error);
                                });
@@ -226,7 +233,7 @@ private:
     template <class Body>
     void handle_write(const std::shared_ptr<Outgoing<Body>>& response, const boost_error& error) {
         if (error) return close();
-        if (!response->serializer.is_done()) return send(response);
+        if (!response->serializer->is_done()) return write(response);
         if (response->loan) response->loan->finish();
         if (response->message.keep_alive()) return read();
         close();

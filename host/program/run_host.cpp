@@ -2,6 +2,7 @@
 
 #include "logkit/component_logger.h"
 #include "notifykit/progress.h"
+#include "portkit/terminal_text.h"
 #include "program/exit_deadline.h"
 #include "program/stop_signals.h"
 #include "session/host_session.h"
@@ -41,7 +42,7 @@ private:
 
 int fail(const bk2::error_code_t& error) {
     const std::string why = error.message().empty() ? error.as_string() : std::string(error.message());
-    std::fprintf(stderr, "panedeck-host: %s\n", why.c_str());
+    std::fprintf(stderr, "panedeck-host: %s\n", portkit2::terminal_text(why).c_str());
     return 1;
 }
 

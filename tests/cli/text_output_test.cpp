@@ -19,7 +19,7 @@ TEST(TextTable, SetsNamesLeftAndNumbersRight) {
                             "------------  --------\n"
                             "größer               5\n"
                             "a very long…  12345678\n"
-                            "?[31m?\n");
+                            "\\x1b[31m\\x0a\n");
 }
 
 variant_bag_t& add_column(variant_bag_t& columns, const char* id, const char* name) {

@@ -1,6 +1,7 @@
 #include "frame_splitter.h"
 #include "relay.h"
 #include "response_id.h"
+#include "support/log_capture.h"
 
 #include <gtest/gtest.h>
 
@@ -141,6 +142,25 @@ TEST_F(RelayTest, SendsALongAnswerOnWithoutACopy) {
     relay.handle_library_frame(std::move(frame));
     EXPECT_EQ(first.last_rest, body + front.size() - 1);
     EXPECT_TRUE(first.take()[0].starts_with(R"({"response":{"requestId":"1","x":"xxx)"));
+}
+
+/// A browser drops its whole connection over one byte that is no UTF-8.
+TEST_F(RelayTest, SendsNothingButUtf8) {
+    open_all();
+    const tests::LogCapture silence;
+    const std::string gap = "\uFFFD";
+    const std::vector<std::array<std::string, 2>> cases = {
+        {"ä€😀", "ä€😀"}, {"\xff", gap}, {"a\xc3", "a" + gap}, {"\xed\xa0\x80", gap + gap + gap}};
+    for (const auto& [text, shown] : cases) {
+        relay.handle_tab_message(first, request("1"));
+        const std::string id = id_of(library.take()[0]);
+        relay.handle_library_frame(R"({"response":{"requestId":")" + id + R"(","x":")" + text + "\"}}");
+        EXPECT_EQ(first.take(),
+                  std::vector<std::string>{R"({"response":{"requestId":"1","x":")" + shown + "\"}}"});
+        relay.handle_library_frame("<msg><event><name>" + text + "</name></event></msg>");
+        EXPECT_EQ(first.take(),
+                  std::vector<std::string>{"<msg><event><name>" + shown + "</name></event></msg>"});
+    }
 }
 
 TEST_F(RelayTest, SendsEventsToAllTabs) {
