@@ -52,9 +52,9 @@ error_code_t checkFile(const fs::path& file, bool& exists) {
 
 error_code_t resolveExportPath(std::string_view given, export_path_t& resolved) {
     if (given.empty()) return error_code_t::raise(bk2::kinds::is_not_valid_parameter, "filePath");
-    const fs::path wanted = expandHome(given);
     std::error_code error;
-    const fs::path file = fs::weakly_canonical(fs::absolute(wanted, error), error);
+    const fs::path wanted = fs::absolute(expandHome(given), error);
+    const fs::path file = fs::weakly_canonical(wanted, error);
     if (error) return refusal(wanted, error.message());
     export_path_t found;
     if (const auto code = checkFile(file, found.exists); code.failed()) return code;
