@@ -51,7 +51,8 @@ public:
         m_socket.set_option(boost::asio::socket_base::keep_alive(true), ignored);
         m_timer.expires_after(handshake_patience);
         m_timer.async_wait([self = shared_from_this()](const boost_error& error) {
-            if (!error && !self->m_accepted) self->close("it sent no handshake in time");
+            if (!error && !self->m_accepted)
+                self->close("it sent no handshake in time", logkit1::level_t::info);
         });
         read();
     }

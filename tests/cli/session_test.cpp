@@ -65,6 +65,10 @@ TEST_F(SessionTest, HandsTheTokenToItsProgramsAndNobodyElse) {
     PaneClient client([&] { return session.check(); });
     ASSERT_TRUE(client.connect(session.web_host(), session.web_port(), session.token()).succeeded());
     ASSERT_TRUE(client.wait_for_library().succeeded());
+    bk2::variant_bag_t answer;
+    EXPECT_TRUE(client.request("options:get", {}, answer).succeeded());
+    EXPECT_TRUE(answer.has<bk2::variant_t>("adbPath"));
+    EXPECT_EQ(client.request("grid:get", {}, answer).message(), "IsNot.Valid.Argument: No columns specified");
 
     const auto environments = of_children("environ");
     EXPECT_EQ(environments.size(), 2u);

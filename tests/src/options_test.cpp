@@ -76,31 +76,6 @@ protected:
     tests::TemporaryFolder m_folder;
 };
 
-TEST_F(OptionsTest, GetOnAFreshFolderGivesTheDefaultsInOrderAndLogsNothing) {
-    const std::pair<const char*, variant_t> expected[] = {
-        {"applicationOutputDestination", variant_t("separateConsole")},
-        {"shouldRemoveRawCollectorData", variant_t(false)},
-        {"shouldDisplayVerboseCollectionLogMessages", variant_t(false)},
-        {"adbPath", variant_t("")},
-        {"resultNameTemplate", variant_t("r@@@{at}")},
-        {"sourceViewTabSize", variant_t(4)},
-        {"cpuAssemblySyntax", variant_t("default")},
-        {"shouldCacheSourceFiles", variant_t(false)},
-    };
-    const variant_bag_t response = get();
-    auto child = response.begin<variant_bag_t>();
-    for (const auto& [key, value] : expected) {
-        ASSERT_FALSE(child.at_end());
-        EXPECT_EQ(child.get_name(), key);
-        EXPECT_EQ(child.get_value().get_variant(""), value) << key;
-        child.next();
-    }
-    EXPECT_TRUE(child.at_end());
-    EXPECT_EQ(answer("applicationOutputDestination", true), variant_t("productOutput"));
-    EXPECT_TRUE(log_lines.empty());
-    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
-}
-
 TEST_F(OptionsTest, GetReadsWhatIsStoredByItsKind) {
     const variant_t three_bytes = variant_t::binary("abc", 3);
     const struct {
@@ -186,33 +161,6 @@ TEST_F(OptionsTest, SetStoresInTheKindOfTheOption) {
     }
 }
 
-TEST_F(OptionsTest, WhatCannotBeStoredIsDroppedInSilenceAndTheRestIsStored) {
-    store("savingPropPage", "resultNameTmplV2", "old");
-    store("sourceAssemblyPropPage", "tabSize", 2);
-    variant_bag_t request;
-    request.put_own_value("resultNameTemplate", "a/b");
-    request.put_own_value("applicationOutputDestination", 2);
-    request.put_own_value("sourceViewTabSize", "8");
-    request.add_variant_bag("shouldCacheSourceFiles").put("value", variant_t(true));
-    request.put("adbPath", variant_t("a named value is no child"));
-    request.put_own_value("cpuAssemblySyntax", "GAS");
-    set(request);
-    EXPECT_EQ(stored("savingPropPage", "resultNameTmplV2"), variant_t("old"));
-    EXPECT_TRUE(stored("generalPropPage", "consoleAppOutputDestination").is_null());
-    EXPECT_EQ(stored("sourceAssemblyPropPage", "tabSize"), variant_t(2));
-    EXPECT_TRUE(stored("sourceAssemblyPropPage", "cacheSources").is_null());
-    EXPECT_TRUE(stored("generalPropPage", "adbPath").is_null());
-    EXPECT_EQ(stored("sourceAssemblyPropPage", "assemblyStyle"), variant_t(1));
-
-    for (const variant_t& size :
-         {variant_t(bk2::s64_t{1} << 31), variant_t(4.5), variant_t(1e300),
-          variant_t(std::numeric_limits<double>::quiet_NaN()), variant_t(true), variant_t()}) {
-        set("sourceViewTabSize", size);
-        EXPECT_EQ(stored("sourceAssemblyPropPage", "tabSize"), variant_t(2)) << bk2::get_value_string(size);
-    }
-    EXPECT_TRUE(log_lines.empty());
-}
-
 TEST_F(OptionsTest, TheInterfacesReadWhatSetStored) {
     variant_bag_t request;
     request.put_own_value("applicationOutputDestination", "visualStudioOutput");
@@ -239,17 +187,6 @@ TEST_F(OptionsTest, SetKeepsWhatElseTheSectionsHold) {
     store("generalPropPage", "other", "kept");
     set("adbPath", "/opt/adb");
     EXPECT_EQ(stored("generalPropPage", "other"), variant_t("kept"));
-}
-
-TEST_F(OptionsTest, OtherOperationsFailWithTheirText) {
-    for (const char* operation : {"", "Get", "get:x", "remove"}) {
-        variant_bag_t response;
-        const auto result =
-            createOptionsRequestHandler(false)->handleRequest(operation, {}, response, nullptr);
-        EXPECT_TRUE(result.failed());
-        EXPECT_EQ(result.kind(), "IsNot.Valid.Argument");
-        EXPECT_EQ(result.message(), operation);
-    }
 }
 
 TEST_F(OptionsTest, WithoutAStorageDefaultsHoldAndTheAssertionIsLogged) {
