@@ -135,26 +135,5 @@ TEST(RequestDispatcher, EachQuestionGoesToTheStrategyConcerned) {
     EXPECT_EQ(taskName, "b:x@b");
 }
 
-TEST(RequestDispatcher, PlainStrategyStandsInAfterLogging) {
-    const auto dispatcher = IRequestDispatcher::create();
-    dispatcher->addRequestHandler(std::make_shared<EchoHandler>("none", "", nullptr));
-    const auto strategy = dispatcher->getTaskDisplacementStrategy();
-    const struct {
-        const char* taskName;
-        const char* assertion;
-    } cases[] = {{"nobody:x", "requestHandler, at file: "},
-                 {"none:x", "taskDisplacementStrategy, at file: "}};
-    for (const auto& expected : cases) {
-        LogCapture log;
-        EXPECT_EQ(strategy->buildTaskName(expected.taskName, variant_bag_t()), expected.taskName);
-        EXPECT_FALSE(strategy->isMine(expected.taskName));
-        EXPECT_FALSE(strategy->isExclusive(expected.taskName));
-        EXPECT_FALSE(strategy->isDisplacedBy("a", expected.taskName));
-        EXPECT_FALSE(strategy->isDisplacedOnFilterChange(expected.taskName, "f"));
-        EXPECT_FALSE(strategy->isDisplacedOnKnobChange(expected.taskName));
-        EXPECT_EQ(log.count(expected.assertion), 6) << expected.taskName;
-    }
-}
-
 } // namespace
 } // namespace panedeck
