@@ -71,21 +71,6 @@ protected:
     FakeLibrary library;
 };
 
-TEST_F(RelayTest, TellsTheStateOfTheLibrary) {
-    relay.open_tab(first);
-    EXPECT_TRUE(relay.open_library(library));
-    EXPECT_EQ(first.take(), (std::vector{lost_event, connected_event}));
-    relay.open_tab(second);
-    FakeLibrary other;
-    EXPECT_FALSE(relay.open_library(other));
-    relay.close_library(other);
-    EXPECT_EQ(second.take(), std::vector{connected_event});
-    relay.close_library(library);
-    EXPECT_EQ(second.take(), std::vector{lost_event});
-    EXPECT_EQ(first.take(), std::vector{lost_event});
-    EXPECT_TRUE(relay.open_library(other));
-}
-
 TEST_F(RelayTest, KeepsTheSameIdOfTwoTabsApart) {
     open_all();
     relay.handle_tab_message(first, request("1"));

@@ -168,11 +168,6 @@ TEST_F(FilterMgrTest, TellsWhatIsWrongWithABag) {
               "!g ");
 }
 
-TEST_F(FilterMgrTest, NeedsABuilder) {
-    first->givesBuilder = false;
-    EXPECT_EQ(created(item("/Function", "<_>1</_>")), "FailedTo.Create.The.Object: QueryFilterBuilder");
-}
-
 TEST_F(FilterMgrTest, ReadsBagsOfAnyDepth) {
     variant_bag_t config;
     variant_bag_t* innermost = &config;
@@ -231,18 +226,6 @@ TEST_F(FilterMgrTest, CreatesAFilterOrFailsAtEveryStep) {
         }
         EXPECT_EQ(error.as_string(1), "FailedTo: step " + std::to_string(step));
     }
-}
-
-TEST_F(FilterMgrTest, LogsResultsThatHoldNoFilters) {
-    struct NoFilters : bk2::ref_counted_t<NoFilters, bk2::mt_ref_count_impl_t, dataface1::IInputData> {
-        bk2::sptr_t<dataface1::IResultInfo> getResultInfo() const override { return nullptr; }
-    };
-    LogCapture log;
-    manager = IFilterMgr::create(library, bk2::make_sptr<NoFilters>(), nullptr);
-    EXPECT_EQ(log.count("res && filterRegistry"), 1);
-    EXPECT_EQ(log.count("m_filterRegistryList.size() > 0"), 1);
-    TempFilter temporary(manager);
-    EXPECT_TRUE(manager->createFilter(temporary, {}).failed());
 }
 
 /// Keeps the events that were sent.

@@ -9,15 +9,6 @@ using panedeck::tests::LogCapture;
 
 namespace {
 
-TEST(error_code, cancelled_and_empty_are_told_by_identity) {
-    EXPECT_TRUE(error_code_t::canceled().is_canceled());
-    EXPECT_TRUE(error_code_t::canceled().failed());
-    EXPECT_TRUE(error_code_t::empty_result().is_empty_result());
-    EXPECT_FALSE(error_code_t::empty_result().is_canceled());
-    const error_code_t alike = error_code_t::raise(error_code_t::canceled().kind(), "");
-    EXPECT_FALSE(alike.is_canceled());
-}
-
 error_code_t require(bool holds) {
     PANEDECK_REQUIRE(holds, "holds", kinds::is_not_valid_state, "It must hold");
     return error_code_t::success();
