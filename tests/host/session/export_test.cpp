@@ -81,7 +81,6 @@ TEST(ExportDownload, LeavesAFileOnlyIfItGivesItsAddress) {
 TEST(ExportDownload, NamesAreHarmlessEverywhere) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"", "export.csv"},
-        {"...", "export.csv"},
         {".csv", "csv.csv"},
         {"Größe 漢.CSV", "Größe 漢.csv"},
         {"../../etc/passwd", "_.._etc_passwd.csv"},
