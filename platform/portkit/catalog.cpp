@@ -2,8 +2,6 @@
 
 #include "portkit/message_catalogs.h"
 
-#include <boost/locale/message.hpp>
-
 #include <mutex>
 #include <utility>
 
@@ -14,10 +12,8 @@ message_t catalog_t::message(std::string_view id) const {
     // A catalog keeps its own header under the empty id.
     if (key.empty()) return message_t(key);
     const std::shared_lock lock(m_mutex);
-    for (const std::locale& language : m_languages) {
-        const auto& messages = std::use_facet<boost::locale::message_format<char>>(language);
-        if (const char* text = messages.get(0, nullptr, key.c_str())) return message_t(std::move(key), text);
-    }
+    for (const lookup_t& language : m_languages)
+        if (auto text = language(key)) return message_t(std::move(key), std::move(*text));
     return message_t(std::move(key));
 }
 
@@ -26,7 +22,7 @@ ustring8 catalog_t::text(std::string_view id) const {
     return found.is_nil() ? ustring8() : found.as_ustring();
 }
 
-void catalog_t::speak(std::vector<std::locale> languages) {
+void catalog_t::speak(std::vector<lookup_t> languages) {
     const std::unique_lock lock(m_mutex);
     m_languages.swap(languages);
 }

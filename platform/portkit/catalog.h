@@ -6,10 +6,12 @@
 #include "portkit/message.h"
 #include "portkit/ustring8.h"
 
-#include <locale>
+#include <functional>
+#include <optional>
 #include <shared_mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace portkit2 {
@@ -18,7 +20,11 @@ namespace portkit2 {
 /// as they like: a switch of the language changes what stands behind it. Safe from any thread.
 class PANEDECK_API catalog_t {
 public:
-    catalog_t() = default;
+    /// The text of an id in one language, nothing if the language lacks it. Called from any thread.
+    using lookup_t = std::function<std::optional<ustring8>(const std::string& id)>;
+
+    /// Speaks with these, of which the first that has a text counts.
+    explicit catalog_t(std::vector<lookup_t> languages = {}) : m_languages(std::move(languages)) {}
     catalog_t(const catalog_t&) = delete;
     catalog_t& operator=(const catalog_t&) = delete;
 
@@ -28,12 +34,12 @@ public:
     /// The text of that id without arguments, or "" if there is none.
     ustring8 text(std::string_view id) const;
 
-    /// Speaks from now on with the message facets of these, of which the first that has a message counts.
-    void speak(std::vector<std::locale> languages);
+    /// Speaks with these from now on.
+    void speak(std::vector<lookup_t> languages);
 
 private:
     mutable std::shared_mutex m_mutex; ///< guards all below
-    std::vector<std::locale> m_languages;
+    std::vector<lookup_t> m_languages;
 };
 
 /// The installed catalog of that name, null if there is none. It lives as long as the process. Only plain

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <locale>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -27,6 +29,24 @@ bool is_plain_name(const std::string& name) {
 
 fs::path file_in(const std::string& folder, const std::string& language, const std::string& name) {
     return fs::path(folder) / language / category / (name + ".mo");
+}
+
+/// Throws for a file that is damaged or cannot be read.
+catalog_t::lookup_t read_file(const std::string& folder, const std::string& language,
+                              const std::string& name) {
+    namespace gettext = boost::locale::gnu_gettext;
+    gettext::messages_info wanted;
+    wanted.language = language;
+    wanted.encoding = "UTF-8";
+    wanted.locale_category = category;
+    wanted.domains = {gettext::messages_info::domain(name)};
+    wanted.paths = {folder};
+    const std::locale texts(std::locale::classic(), gettext::create_messages_facet<char>(wanted));
+    return [texts](const std::string& id) -> std::optional<ustring8> {
+        const auto& facet = std::use_facet<boost::locale::message_format<char>>(texts);
+        const char* text = facet.get(0, nullptr, id.c_str());
+        return text ? std::optional<ustring8>(text) : std::nullopt;
+    };
 }
 
 } // namespace
@@ -97,31 +117,22 @@ std::string message_catalogs_t::find_folder(const std::string& language, const s
     return {};
 }
 
-std::optional<std::locale> message_catalogs_t::load(const std::string& language,
-                                                    const std::string& name) const {
+void message_catalogs_t::add_language(const std::string& language, const std::string& name,
+                                      std::vector<catalog_t::lookup_t>& languages) const {
     const std::string folder = find_folder(language, name);
-    if (folder.empty()) return std::nullopt;
-    namespace gettext = boost::locale::gnu_gettext;
-    gettext::messages_info wanted;
-    wanted.language = language;
-    wanted.encoding = "UTF-8";
-    wanted.locale_category = category;
-    wanted.domains = {gettext::messages_info::domain(name)};
-    wanted.paths = {folder};
+    if (folder.empty()) return;
     try {
-        return std::locale(std::locale::classic(), gettext::create_messages_facet<char>(wanted));
+        languages.push_back(read_file(folder, language, name));
     } catch (const std::exception& error) {
         if (m_on_problem) m_on_problem(file_in(folder, language, name).string() + ": " + error.what());
-        return std::nullopt;
     }
 }
 
 void message_catalogs_t::load_into(catalog_t& catalog, const std::string& name) const {
-    std::vector<std::locale> spoken;
-    if (auto own = load(m_language, name)) spoken.push_back(std::move(*own));
-    if (m_language != fallback_language)
-        if (auto english = load(fallback_language, name)) spoken.push_back(std::move(*english));
-    catalog.speak(std::move(spoken));
+    std::vector<catalog_t::lookup_t> languages;
+    add_language(m_language, name, languages);
+    if (m_language != fallback_language) add_language(fallback_language, name, languages);
+    catalog.speak(std::move(languages));
 }
 
 void message_catalogs_t::load_all() {

@@ -6,10 +6,8 @@
 #include "portkit/catalog.h"
 
 #include <functional>
-#include <locale>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,7 +43,8 @@ private:
     // All of these are called under the lock.
     std::vector<std::string> installed_languages() const;
     std::string find_folder(const std::string& language, const std::string& name) const;
-    std::optional<std::locale> load(const std::string& language, const std::string& name) const;
+    void add_language(const std::string& language, const std::string& name,
+                      std::vector<catalog_t::lookup_t>& languages) const;
     void load_into(catalog_t& catalog, const std::string& name) const;
     void load_all();
 

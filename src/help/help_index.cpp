@@ -29,6 +29,12 @@ void refuseDocumentType(void* context, const xmlChar*, const xmlChar*, const xml
     xmlStopParser(static_cast<xmlParserCtxt*>(context));
 }
 
+std::string problemOf(xmlParserCtxt& context) {
+    const xmlError* error = xmlCtxtGetLastError(&context);
+    const std::string_view problem = error && error->message ? error->message : "it is no XML";
+    return std::string(problem.substr(0, problem.find('\n')));
+}
+
 /// Null for what cannot be read.
 document_t parse(const std::string& path) {
     const context_t context(xmlNewParserCtxt());
@@ -36,12 +42,10 @@ document_t parse(const std::string& path) {
     context->sax->internalSubset = refuseDocumentType;
     const int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
     document_t document(xmlCtxtReadFile(context.get(), path.c_str(), nullptr, options));
-    if (document && context->wellFormed) return document;
-    const xmlError* error = xmlCtxtGetLastError(context.get());
-    std::string why = error && error->message ? error->message : "not a help index";
-    while (why.ends_with('\n'))
-        why.pop_back();
-    logkit1::log(logkit1::level_t::warning, path + ": " + why);
+    const bool isRefused = context->errNo == XML_ERR_USER_STOP;
+    if (document && context->wellFormed && !isRefused) return document;
+    const std::string why = isRefused ? "it declares a document type" : problemOf(*context);
+    logkit1::log(logkit1::level_t::warning, "The help index " + path + " cannot be read: " + why);
     return nullptr;
 }
 

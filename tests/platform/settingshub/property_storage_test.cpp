@@ -67,13 +67,17 @@ TEST_F(PropertyStorageTest, KeepsNamedBagsApart) {
 }
 
 TEST_F(PropertyStorageTest, SubStoragesAreFilesOfTheirOwnWhateverTheirNames) {
-    const char* names[] = {"sub", "SUB", "../sub", "a/b", ".", "\xff\n", "sub%2F"};
+    std::string long_name;
+    for (int i = 0; i < 199; ++i)
+        long_name += "\u00e4";
+    const std::string names[] = {"sub",    "SUB",    "../sub",        "a/b",          ".",
+                                 "\xff\n", "sub%2F", long_name + "a", long_name + "b"};
     int number = 0;
-    for (const char* name : names) {
+    for (const std::string& name : names) {
         ASSERT_TRUE(storage()->getSubStorage(name)->writeBag("bag", bag_with("n", number++)).succeeded());
     }
     number = 0;
-    for (const char* name : names) {
+    for (const std::string& name : names) {
         EXPECT_EQ(stored(storage()->getSubStorage(name), "bag", "n"), variant_t(number++)) << name;
     }
     for (const auto& entry : std::filesystem::directory_iterator(m_folder.path())) {
