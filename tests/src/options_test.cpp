@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <limits>
 #include <vector>
 
 namespace panedeck {
@@ -41,9 +40,6 @@ protected:
     static bk2::sptr_t<settingshub2::IPropertyStorage> pages() {
         return settingshub2::IGlobalStorage::get()->getSubStorage("propertyPageData");
     }
-    static variant_t stored(const char* section, const char* key) {
-        return pages()->readBag(section, {}).get_variant(key);
-    }
     static void store(const char* section, const char* key, const variant_t& value) {
         variant_bag_t bag = pages()->readBag(section, {});
         bag.put(key, value);
@@ -66,11 +62,6 @@ protected:
         EXPECT_TRUE(
             createOptionsRequestHandler(false)->handleRequest("set", request, response, nullptr).succeeded());
         EXPECT_TRUE(response.is_empty());
-    }
-    static void set(const char* key, const variant_t& value) {
-        variant_bag_t request;
-        request.put_own_value(key, value);
-        set(request);
     }
 
     tests::TemporaryFolder m_folder;
@@ -114,41 +105,6 @@ TEST_F(OptionsTest, GetReadsWhatIsStoredByItsKind) {
     }
 }
 
-TEST_F(OptionsTest, SetStoresInTheKindOfTheOption) {
-    const bk2::s32_t largest = std::numeric_limits<bk2::s32_t>::max();
-    const struct {
-        const char* section;
-        const char* storage_key;
-        const char* key;
-        variant_t given;
-        variant_t stored;
-    } cases[] = {
-        {"generalPropPage", "consoleAppOutputDestination", "applicationOutputDestination",
-         "visualStudioOutput", 1},
-        {"generalPropPage", "consoleAppOutputDestination", "applicationOutputDestination", "productOutput",
-         2},
-        {"generalPropPage", "consoleAppOutputDestination", "applicationOutputDestination", "bogus", 3},
-        {"generalPropPage", "consoleAppOutputDestination", "applicationOutputDestination", "", 3},
-        {"generalPropPage", "removeCollectorRawData", "shouldRemoveRawCollectorData", bk2::u8_t{1},
-         variant_t(true)},
-        {"generalPropPage", "displayVerboseMessages", "shouldDisplayVerboseCollectionLogMessages",
-         variant_t(true), variant_t(true)},
-        {"sourceAssemblyPropPage", "tabSize", "sourceViewTabSize", bk2::u64_t{8}, 8},
-        {"sourceAssemblyPropPage", "tabSize", "sourceViewTabSize", bk2::s64_t{largest}, largest},
-        {"sourceAssemblyPropPage", "assemblyStyle", "cpuAssemblySyntax", "MASM", 2},
-        {"sourceAssemblyPropPage", "assemblyStyle", "cpuAssemblySyntax", "GAS", 1},
-        {"sourceAssemblyPropPage", "assemblyStyle", "cpuAssemblySyntax", "unknown", 0},
-        {"sourceAssemblyPropPage", "cacheSources", "shouldCacheSourceFiles", variant_t(true),
-         variant_t(true)},
-    };
-    for (const auto& entry : cases) {
-        set(entry.key, entry.given);
-        const variant_t value = stored(entry.section, entry.storage_key);
-        EXPECT_EQ(value, entry.stored) << entry.key;
-        EXPECT_EQ(value.tag(), entry.stored.tag()) << entry.key;
-    }
-}
-
 TEST_F(OptionsTest, TheInterfacesReadWhatSetStored) {
     variant_bag_t request;
     request.put_own_value("applicationOutputDestination", "visualStudioOutput");
@@ -169,12 +125,6 @@ TEST_F(OptionsTest, TheInterfacesReadWhatSetStored) {
     EXPECT_EQ(ISourceViewOptions::load()->getSourceViewTabSize(), 3);
     EXPECT_EQ(ISourceViewOptions::load()->getCpuAssemblySyntax(), CpuAssemblySyntax::masm);
     EXPECT_FALSE(ISourceViewOptions::load()->shouldCacheSourceFiles());
-}
-
-TEST_F(OptionsTest, SetKeepsWhatElseTheSectionsHold) {
-    store("generalPropPage", "other", "kept");
-    set("adbPath", "/opt/adb");
-    EXPECT_EQ(stored("generalPropPage", "other"), variant_t("kept"));
 }
 
 TEST_F(OptionsTest, WithoutAStorageDefaultsHoldAndTheAssertionIsLogged) {
