@@ -55,33 +55,35 @@ void removeOldFolders(const fs::path& sessions) {
     }
 }
 
-std::string makeUserFolder(const std::string& name) {
+bk2::error_code_t useFolder(const fs::path& folder) {
+    const settingshub2::file_lock_t lock(folder.parent_path().string() + ".lock");
+    if (lock.result().failed()) return lock.result();
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!error) fs::last_write_time(folder, fs::file_time_type::clock::now(), error);
+    if (error) return bk2::error_code_t::failure(folder.string() + ": " + error.message());
+    removeOldFolders(folder.parent_path());
+    return bk2::error_code_t::success();
+}
+
+std::string userFolder(const std::string& name) {
     const std::string user = settingshub2::IProductLocations::get()->getUserDirectory();
     if (user.empty()) return {};
-    const fs::path sessions = fs::path(user) / "sessions";
-    const fs::path folder = sessions / name;
-    const settingshub2::file_lock_t lock(sessions.string() + ".lock");
-    std::error_code error;
-    if (lock.result().succeeded()) fs::create_directories(folder, error);
-    if (!error && lock.result().succeeded())
-        fs::last_write_time(folder, fs::file_time_type::clock::now(), error);
-    if (error || lock.result().failed()) {
-        const std::string why = error ? folder.string() + ": " + error.message() : lock.result().as_string();
-        logkit1::log(logkit1::level_t::warning, "The session cannot be kept: " + why);
-        return {};
-    }
-    removeOldFolders(sessions);
+    const fs::path folder = fs::path(user) / "sessions" / name;
+    if (const auto used = useFolder(folder); used.failed())
+        logkit1::log(logkit1::level_t::warning, "The session cannot be kept: " + used.as_string());
     return folder.string();
 }
 
 } // namespace
 
-std::string findSessionFolder(const std::vector<std::string>& resultPaths) {
+session_folder_t findSessionFolder(const std::vector<std::string>& resultPaths) {
+    using folder_t = settingshub2::IPropertyStorage::folder_t;
     std::error_code error;
     const bool isResult = resultPaths.size() == 1 && fs::is_directory(resultPaths.front(), error);
-    if (!isResult) return makeUserFolder(nameOf(resultPaths));
+    if (!isResult) return {userFolder(nameOf(resultPaths)), folder_t::made};
     const fs::path absolute = fs::absolute(resultPaths.front(), error);
-    return error ? resultPaths.front() : absolute.string();
+    return {error ? resultPaths.front() : absolute.string(), folder_t::must_exist};
 }
 
 } // namespace panedeck::host

@@ -7,7 +7,8 @@
 namespace panedeck::host {
 
 void addSessionServices(IRequestHandlerGroup& handlers, const open_results_t& results) {
-    const auto session = settingshub2::ISessionStorage::create(findSessionFolder(results.paths), nullptr);
+    const session_folder_t folder = findSessionFolder(results.paths);
+    const auto session = settingshub2::ISessionStorage::create(folder.path, nullptr, folder.kind);
     handlers.addRequestHandler(createStorageRequestHandler(session, results.library));
     handlers.addRequestHandler(createGlobalStorageRequestHandler());
     handlers.addRequestHandler(createLocalizationRequestHandler(messageCatalogName));

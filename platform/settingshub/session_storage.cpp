@@ -31,11 +31,11 @@ private:
 
 } // namespace
 
-bk2::sptr_t<ISessionStorage> ISessionStorage::create(const std::string& directory, const char* userId) {
+bk2::sptr_t<ISessionStorage> ISessionStorage::create(const std::string& directory, const char* userId,
+                                                     IPropertyStorage::folder_t kind) {
     if (directory.empty()) return nullptr;
-    const auto storage =
-        IPropertyStorage::open(directory, session_name, IPropertyStorage::folder_t::must_exist);
-    return bk2::make_sptr<SessionStorage>(storage, userId ? userId : "");
+    return bk2::make_sptr<SessionStorage>(IPropertyStorage::open(directory, session_name, kind),
+                                          userId ? userId : "");
 }
 
 bk2::sptr_t<IPropertyStorage>

@@ -24,10 +24,11 @@ public:
 /// The storage of a result's session: the file `session.xml` and the folder `session` in a folder.
 class PANEDECK_API ISessionStorage : public ISessionStorageAccessor {
 public:
-    /// The storage in `directory`, null if that is empty. A directory that does not exist has nothing stored
-    /// and is not made: writes fail. `userId` is whom the session
-    /// belongs to, null if that is not known.
-    static bk2::sptr_t<ISessionStorage> create(const std::string& directory, const char* userId);
+    /// The storage in `directory`, null if that is empty. What is not there has nothing stored; `kind` says
+    /// what a write does about it. `userId` is whom the session belongs to, null if that is not known.
+    static bk2::sptr_t<ISessionStorage>
+    create(const std::string& directory, const char* userId,
+           IPropertyStorage::folder_t kind = IPropertyStorage::folder_t::must_exist);
 };
 
 /// What a pane keeps for the user, whatever result is open: a section per pane in the user's global storage.

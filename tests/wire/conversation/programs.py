@@ -7,6 +7,8 @@ from pathlib import Path
 
 # Promised is one second; a machine that does much else at the same time gets a few.
 STOP_SECONDS = 5.0
+# Texts are in English, whoever runs the tests; and no assertion about a request ends the host.
+ENVIRONMENT = {"LC_ALL": "C", "panedeck_ERROR_HANDLING": "assert"}
 
 
 class ProgramError(Exception):
@@ -21,7 +23,7 @@ class Host:
         with log.open("ab") as errors:
             self._process = subprocess.Popen(
                 [programs / "panedeck-host", *arguments], stdin=subprocess.DEVNULL, stderr=errors,
-                env={**os.environ, "LC_ALL": "C"},  # texts are in English, whoever runs the tests
+                env={**os.environ, **ENVIRONMENT},
             )
 
     def stop(self) -> None:
