@@ -1,6 +1,6 @@
 #pragma once
 
-// Small helpers that handlers and hosts share.
+// Small functions that handlers and hosts share.
 
 #include "basekit/api.h"
 #include "basekit/sptr.h"
