@@ -87,7 +87,7 @@ function drawFullRow(state: GridState, row: GridRow, index: number): HTMLElement
         'data-id': row.id,
     });
     state.tree.shown.forEach((column, at) => {
-        const place = { column, columnNumber: at + 1 };
+        const place = { tree: state.tree, column, columnNumber: at + 1 };
         element.append(drawCell(place, row, state.hitsAt(index, column.index), state.hit));
     });
     return element;

@@ -1,4 +1,4 @@
-import { type Plain } from '../../wire/index.js';
+import { type Plain } from '../wire/index.js';
 
 // An answer is input from outside: a field that is missing or of another kind reads as the default that is given.
 
