@@ -211,6 +211,7 @@ export class GridView {
         });
         this.element.addEventListener('wheel', (event) => this.#takeWheel(event), { passive: false });
         this.element.addEventListener('keydown', (event) => this.#takeKey(event));
+        this.element.addEventListener('mousedown', (event) => this.#takeMouseDown(event));
         this.element.addEventListener('click', (event) => this.#takeClick(event));
         this.element.addEventListener('dblclick', (event) => {
             const row = rowOf(event);
@@ -227,18 +228,31 @@ export class GridView {
         this.#later();
     }
 
-    /** Keys of the heads are not the grid's. */
+    /** Keys of the heads are not the grid's, and text that is marked is the browser's to copy. */
     #takeKey(event: KeyboardEvent): void {
         if (event.target !== this.element) return;
         const command = commandOf(event);
-        if (!command) return;
+        if (!command || (command.what === 'copy' && this.#hasMarkedText())) return;
         event.preventDefault();
         this.#listener.command(command);
     }
 
+    /** Text is marked by dragging only: a double click opens rows, and Shift selects them. */
+    #takeMouseDown(event: MouseEvent): void {
+        if (rowOf(event) === undefined || (event.detail < 2 && !event.shiftKey)) return;
+        event.preventDefault();
+        getSelection()?.removeAllRanges();
+    }
+
+    #hasMarkedText(): boolean {
+        const marked = getSelection();
+        return !!marked && !marked.isCollapsed && this.element.contains(marked.anchorNode);
+    }
+
     #takeClick(event: MouseEvent): void {
         const row = rowOf(event);
-        if (row === undefined) return;
+        // The end of marking a text is a click, too.
+        if (row === undefined || this.#hasMarkedText()) return;
         this.focus();
         if (isOnToggle(event)) return this.#listener.togglePressed(row);
         this.#listener.rowPressed(row, { control: event.ctrlKey || event.metaKey, shift: event.shiftKey });
