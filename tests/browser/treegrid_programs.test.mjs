@@ -30,7 +30,7 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         browser = await startBrowser();
         page = browser.page;
         grid = new GridPage(page);
-        session = new Session(profile, folder);
+        session = new Session([profile], folder);
         await session.startRelay();
         session.startHost();
         await page.goto(session.url);
@@ -102,13 +102,22 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         const copied = await page.evaluate(() => navigator.clipboard.readText());
         for (const name of ['dot', 'step', 'walk']) assert.ok(copied.includes(name), copied);
         assert.ok(!copied.includes('multiply'), copied);
+        const openExport = () => page.getByRole('button', { name: 'Export…' }).filter({ visible: true }).click();
+        await openExport();
+        const [download] = await Promise.all([page.waitForEvent('download'), page.keyboard.press('Enter')]);
+        assert.match(download.suggestedFilename(), /functions\.csv$/);
+        const downloaded = await readFile(await download.path(), 'utf8');
+        for (const name of ['main', 'multiply', '1112']) assert.ok(downloaded.includes(name), downloaded);
         const path = join(folder, 'exported.csv');
-        await page.getByRole('button', { name: 'Export…' }).filter({ visible: true }).click();
-        await page.getByRole('dialog').getByRole('textbox').fill(path);
-        await page.keyboard.press('Enter');
-        await page.getByRole('dialog').waitFor({ state: 'detached' });
-        const exported = await readFile(path, 'utf8');
-        for (const name of ['main', 'multiply', '1112']) assert.ok(exported.includes(name), exported);
+        for (const question of [undefined, `Replace the file ${path}?`]) {
+            await openExport();
+            await page.getByRole('dialog').getByRole('textbox').fill(path);
+            await page.getByRole('dialog').getByRole('textbox').press('Enter');
+            if (question) await page.getByText(question).waitFor();
+            if (question) await page.getByRole('button', { name: 'Replace' }).click();
+            await page.getByRole('dialog').waitFor({ state: 'detached' });
+            assert.equal(await readFile(path, 'utf8'), downloaded);
+        }
     });
 
     it('search, sort and fold chains', async () => {
@@ -144,9 +153,6 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         await page.locator('#status').filter({ hasNotText: 'Connected' }).waitFor();
         session.startHost();
         await waitForStatus(page, 'Connected');
-        await grid.waitForRows(['+ main']);
-        await grid.element.focus();
-        await page.keyboard.press('*');
         await folded.waitFor();
         await isPressed.click();
         await isPressed.waitFor({ state: 'detached' });

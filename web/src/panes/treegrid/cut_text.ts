@@ -26,16 +26,17 @@ export function drawCutText(
     const kept = stretches.reduce((sum, { from, to, isCut }) => sum + (isCut ? 0 : to - from), 0);
     for (const { from, to, isCut } of stretches) {
         const part = make('span', { class: isCut ? 'cut-part' : undefined });
-        if (isCut) part.style.maxWidth = widthOrNothing(`(100% - ${kept}ch) / ${cutCount}`);
+        if (isCut) part.style.maxWidth = widthOrNothing(`(100% - ${kept}ch) / ${cutCount}`, to - from);
         drawPieces(part, text, hits, currentHit, from, to);
         element.append(part);
     }
     return element;
 }
 
-/** A width in which an ellipsis and a few letters have room; else none at all. */
-function widthOrNothing(width: string): string {
-    return `min(${width}, max(0px, (${width} - 4ch) * 10000))`;
+/** A width in which an ellipsis and a few letters have room, or the whole text; else none at all. */
+function widthOrNothing(width: string, length: number): string {
+    const least = Math.min(4, length) - 0.5;
+    return `min(${width}, max(0px, (${width} - ${least}ch) * 10000))`;
 }
 
 /** Draws the hits of a text as marks. */

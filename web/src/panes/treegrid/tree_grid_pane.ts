@@ -200,7 +200,6 @@ export class TreeGridPane {
             if (focus !== this.#focus) return;
             this.#shown = wanted;
             this.#showGrid(answer);
-            if (this.#isToRestore) await this.#restoreRows(signal);
         });
         if (signal.aborted) return;
         this.#isReading = false;
@@ -225,15 +224,20 @@ export class TreeGridPane {
         this.#take(answer);
         this.#columns.meetWishes();
         if (this.#stackMode.isUntold) this.#commands.changeStackMode(this.#stackMode.mode);
+        // Whoever comes to the page by keyboard is at the rows.
+        if (document.activeElement === document.body) this.#view.focus();
+        // In its turn: rows look as they did then only after the commands before.
+        if (this.#isToRestore) this.#queue.add({ run: (signal) => this.#restoreRows(signal) });
     }
 
     async #restoreRows(signal: AbortSignal): Promise<void> {
-        const { rows, top } = this.#kept.load();
-        await this.#restore.run(rows, this.#paths, signal);
-        this.#isToRestore = false;
-        this.#view.scrollTo(top);
-        this.#shownChanged();
-        if (document.activeElement === document.body) this.#view.focus();
+        await this.#guard('The rows that were open before could not be found', signal, async () => {
+            const { rows, top } = this.#kept.load();
+            await this.#restore.run(rows, this.#paths, signal);
+            this.#isToRestore = false;
+            this.#view.scrollTo(top);
+            this.#shownChanged();
+        });
     }
 
     #showBusy(slowWork: string | null): void {
