@@ -1,4 +1,5 @@
 #include "logkit/component_logger.h"
+#include "portkit/terminal_text.h"
 #include "relay_options.h"
 #include "relay_server.h"
 
@@ -16,7 +17,7 @@ int main(int argc, char** argv) {
         server.run();
         return 0;
     } catch (const std::exception& error) {
-        std::cerr << "panedeck-guiserver: " << error.what() << std::endl;
+        std::cerr << "panedeck-guiserver: " << portkit2::terminal_text(error.what()) << std::endl;
         return 1;
     }
 }
