@@ -3,7 +3,17 @@
 import assert from 'node:assert/strict';
 import { beforeEach, describe, it } from 'node:test';
 import { waitForStatus } from './support/browser.mjs';
-import { CLOSED, TREE, browser, key, open, page, relay, useGrids, waitForRows } from './support/grid_fixture.mjs';
+import {
+    CLOSED,
+    TREE,
+    browser,
+    key,
+    open,
+    page,
+    relay,
+    useGrids,
+    waitForRows,
+} from './support/grid_fixture.mjs';
 
 useGrids();
 
@@ -20,7 +30,7 @@ const RESULTS = [
 ];
 
 describe('the head of the page', () => {
-    const head = page => page.locator('#profile');
+    const head = (page) => page.locator('#profile');
 
     it('names profile, time, samples, totals and what was left out', async () => {
         await open({ bottomUp: TREE });
@@ -28,7 +38,10 @@ describe('the head of the page', () => {
         relay.summary = { results: RESULTS.slice(0, 1) };
         relay.setLibrary(true);
         await head(page).getByText('1,234 samples').waitFor();
-        assert.match(await head(page).textContent(), /before\.txt.*taken 2026-11-20 \d\d:03.*CPU Time 1\.500 s/);
+        assert.match(
+            await head(page).textContent(),
+            /before\.txt.*taken 2026-11-20 \d\d:03.*CPU Time 1\.500 s/,
+        );
         assert.equal(await page.title(), 'before.txt – panedeck');
         await head(page).getByRole('button', { name: '3 left out' }).click();
         await page.getByRole('dialog').getByText('2 × line without a weight (lines 4, 9)').waitFor();

@@ -23,6 +23,7 @@ import {
     useGrids,
     waitForRows,
 } from './support/grid_fixture.mjs';
+import { gridNode } from './support/fake_gridview.mjs';
 
 useGrids();
 
@@ -49,6 +50,8 @@ describe('a tree grid', () => {
         );
         assert.equal(await row(0).locator('[data-column=c1]').getAttribute('data-value'), '2000000');
         assert.equal(await row(0).locator('[data-column=c4] .tg-percent').textContent(), '81.8%');
+        const places = await row(2).locator('.tg-place > *').allTextContents();
+        assert.deepEqual(places, ['libwalk.so', '/src/walk.c:42']);
         assert.match(await row(0).locator('[data-column=c4]').getAttribute('title'), /Too much self time/);
         assert.match(await row(2).locator('[data-column=c5]').getAttribute('title'), /Too few samples/);
         assert.deepEqual(browser.faults, []);
@@ -91,7 +94,10 @@ describe('a tree grid', () => {
         assert.deepEqual(await attributes(1), ['row', '2', 'false', 'false', '4']);
         assert.deepEqual(await attributes(2), ['row', '2', null, 'false', '5']);
         assert.equal(await head('Self').getAttribute('aria-sort'), 'none');
-        assert.equal(await grid().locator('[data-column=c1][aria-sort]').getAttribute('aria-sort'), 'descending');
+        assert.equal(
+            await grid().locator('[data-column=c1][aria-sort]').getAttribute('aria-sort'),
+            'descending',
+        );
     });
 
     it('tells a failure of the library, and tries again', async () => {
@@ -295,6 +301,26 @@ describe('opening and closing', () => {
             const chains = page.getByRole('button', { name: 'Chains' });
             assert.equal(await chains.getAttribute('aria-pressed'), 'false');
         });
+
+    it('follows the hottest path until it splits, and from there on demand', async () => {
+        const time = (name, amount, children) => gridNode(name, [amount, 0, amount, 0], children);
+        const split = [time('x', 39, [time('leaf', 39)]), time('y', 38)];
+        const path = time('big', 90, [time('only', 80, split)]);
+        await open({
+            bottomUp: [time('root', 100, [time('small', 10, [time('z', 10)]), path]), time('other', 1)],
+        });
+        await row(0).click();
+        await key('h');
+        const rest = ['  + small', '  other'];
+        await waitForRows(['- root', '  - big', '    - only*', '      + x', '        y', ...rest]);
+        assert.equal(relay.requests('gridview:expand').length, 3);
+        await key('h');
+        await waitForRows([
+            ...['- root', '  - big', '    - only', '      - x', '          leaf*', '        y'],
+            ...rest,
+        ]);
+        assert.equal(relay.requests('gridview:expand').length, 4);
+    });
 
     it('takes the tools for many rows', async () => {
         await chooseTool('Expand', 'Expand all');

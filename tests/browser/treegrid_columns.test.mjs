@@ -137,7 +137,9 @@ describe('the columns', () => {
         await dragEdge('Self', 60);
         assert.equal(await width('Self'), before + 60);
         const [self, change] = relay.gridview.columns.slice(4, 6);
-        relay.gridview.columns = relay.gridview.columns.map((column, at) => ({ 4: change, 5: self })[at] ?? column);
+        relay.gridview.columns = relay.gridview.columns.map(
+            (column, at) => ({ 4: change, 5: self })[at] ?? column,
+        );
         relay.event('DataChangedEvent');
         await page.locator('.tg-headcell[data-column=c5]', { hasText: 'Self' }).waitFor();
         assert.equal(await width('Self'), before + 60);

@@ -7,6 +7,7 @@ import {
     CLOSED,
     OPENED,
     TREE,
+    browser,
     grid,
     key,
     lastFrame,
@@ -198,6 +199,31 @@ describe('the tabs', () => {
         await tab('Bottom-up').click();
         relay.gridview.openedElsewhere = undefined;
         await waitForRows(CLOSED);
+    });
+
+    it('come back after a reload as they were, also from a library that was started anew', async () => {
+        await open({ bottomUp: TREE, topDown: many(9) });
+        await row(0).locator('.tg-toggle').click();
+        await waitForRows(OPENED);
+        await row(1).locator('.tg-toggle').click();
+        await row(2).filter({ hasText: 'main' }).waitFor();
+        await row(2).click();
+        await row(4).click({ modifiers: ['Control'] });
+        const rows = [
+            ...['- multiply', '  - solve', '      main*', '    main'],
+            ...['+ read<char>(FILE*, "x") 漢😀*', ...CLOSED.slice(2)],
+        ];
+        await waitForRows(rows);
+        for (const forget of [() => undefined, () => relay.gridview.forget()]) {
+            forget();
+            await page.reload();
+            await waitForRows(rows);
+            assert.equal(await tab('Bottom-up').getAttribute('aria-selected'), 'true');
+        }
+        await onPage.choose('Top-down');
+        await page.reload();
+        await waitForRows(Array.from({ length: 9 }, (_, at) => `  f${at}`));
+        assert.deepEqual(browser.faults, []);
     });
 
     it('hold a grid for each view, and callers and callees of the function that was chosen', async () => {

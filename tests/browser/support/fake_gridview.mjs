@@ -8,7 +8,9 @@ function fieldsOf(frame) {
         fields[name] = kind ? JSON.parse(text) : unescape(text);
     for (const [, name, kind, text] of frame.matchAll(/<(\w+)(?: type="(\w+)")?>([^<]+)<\/\1>/g))
         fields[name] ??= kind ? JSON.parse(text) : unescape(text);
-    fields.path = [...frame.matchAll(/<type>[^<]*<\/type><value>([^<]*)<\/value>/g)].map((found) => unescape(found[1]));
+    fields.path = [...frame.matchAll(/<type>[^<]*<\/type><value>([^<]*)<\/value>/g)].map((found) =>
+        unescape(found[1]),
+    );
     return fields;
 }
 

@@ -25,7 +25,7 @@ export const TREE = [
         [250_000, 0, 250_000, 350_000],
         [gridNode('main', [250_000, 0, 250_000, 0])],
     ),
-    gridNode('walk', [0, 62_500, 62_500, 1]),
+    gridNode('walk', [0, 62_500, 62_500, 1], [], ['libwalk.so', '/src/walk.c', 42]),
     gridNode(null, [10, 0, 10, 0]),
 ];
 

@@ -50,9 +50,10 @@ export function openKeysDialog(): void {
         make('div', { class: 'keys' }, make('h3', {}, title), make('dl', {}, ...entries.flatMap(drawEntry))),
     );
     const close = makeButton('Close', () => dialog.close());
-    const dialog = openDialog('Keys', ...groups, make('div', { class: 'buttons' }, close));
+    const content = make('div', { class: 'key-groups' }, ...groups);
+    const dialog = openDialog('Keys', content, make('div', { class: 'buttons' }, close));
     dialog.element.classList.add('wide');
-    close.focus();
+    close.focus({ preventScroll: true });
 }
 
 function drawEntry([keys, what]: Entry): HTMLElement[] {

@@ -14,12 +14,25 @@ export class Profile {
     readonly #swapListeners: ((isSwapped: boolean) => void)[] = [];
     #results: readonly ResultSummary[] = [];
     #isSwapped: boolean;
+    #isComparison = false;
 
     constructor(client: RequestClient, memory: PageMemory) {
         this.#client = client;
         this.#memory = memory;
         this.#isSwapped = memory.load(SWAPPED) === true;
         client.onEvent('relay:libraryConnected', () => void this.#read());
+    }
+
+    /** Whether two results are shown beside each other. */
+    get isComparison(): boolean {
+        return this.#isComparison || this.#results.length > 1;
+    }
+
+    /** A grid has columns for two results: even a host that tells nothing of them compares them. */
+    setComparison(): void {
+        if (this.isComparison) return;
+        this.#isComparison = true;
+        for (const listener of this.#swapListeners) listener(this.#isSwapped);
     }
 
     /** The results that are open, in the order in which they are shown; none if the host does not tell. */

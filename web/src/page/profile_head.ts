@@ -19,12 +19,12 @@ export class ProfileHead {
     }
 
     #draw(): void {
-        const { results, name } = this.#profile;
-        const isComparison = results.length > 1;
-        this.#element.hidden = results.length === 0;
+        const { results, name, isComparison } = this.#profile;
+        this.#element.hidden = results.length === 0 && !isComparison;
         this.#element.replaceChildren(
             ...results.map((result, at) => drawResult(result, isComparison ? ROLES[at] : undefined)),
         );
+        if (isComparison && results.length === 0) this.#element.append('Two results, compared');
         if (isComparison) this.#element.append(this.#drawSwap());
         document.title = name === '' ? 'panedeck' : `${name} – panedeck`;
     }
@@ -73,7 +73,11 @@ function drawSkipped(title: string, skipped: SkippedInput): HTMLElement {
 }
 
 function openSkipped(title: string, { reasons }: SkippedInput): void {
-    const list = make('ul', { class: 'reasons' }, ...reasons.map((reason) => make('li', {}, reasonText(reason))));
+    const list = make(
+        'ul',
+        { class: 'reasons' },
+        ...reasons.map((reason) => make('li', {}, reasonText(reason))),
+    );
     const close = makeButton('Close', () => dialog.close());
     const hint = make('p', { class: 'hint' }, `The import of ${title} could not use everything in the file.`);
     const dialog = openDialog('Left out by the import', hint, list, make('div', { class: 'buttons' }, close));

@@ -8,7 +8,7 @@ import { type Tabs } from './tabs.js';
 /** What tells one tree grid of the page from another. */
 interface GridTab extends Omit<
     TreeGridSettings,
-    'query' | 'gridId' | 'onFocus' | 'onRestored' | 'title' | 'memory' | 'profileName'
+    'query' | 'gridId' | 'onFocus' | 'onRestored' | 'title' | 'memory' | 'profileName' | 'onComparison'
 > {
     readonly label: string;
     readonly queryType: string;
@@ -85,7 +85,11 @@ export function addProfileTabs(tabs: Tabs, page: PageParts): void {
 export const CHOSEN_TAB = 'tab';
 const FOCUS = 'focus';
 
-function openGrid({ client, id, memory, profile }: PageParts, tab: GridTab, focused: FocusedObject): TreeGridPane {
+function openGrid(
+    { client, id, memory, profile }: PageParts,
+    tab: GridTab,
+    focused: FocusedObject,
+): TreeGridPane {
     const { label, queryType, grouping } = tab;
     const pane = new TreeGridPane(client, {
         ...tab,
@@ -94,6 +98,7 @@ function openGrid({ client, id, memory, profile }: PageParts, tab: GridTab, focu
         memory,
         profileName: () => profile.name,
         query: { queryType, grouping, expandLevels: 0 },
+        onComparison: () => profile.setComparison(),
         onFocus: (focus) => focused.set(focus),
         onRestored: (focus) => focused.offer(focus),
     });

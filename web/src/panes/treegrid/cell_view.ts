@@ -50,12 +50,7 @@ export function drawFootCell(place: CellPlace, cells: readonly GridCell[], capti
     return element;
 }
 
-function drawNumber(
-    place: CellPlace,
-    cell: GridCell,
-    hits: readonly Hit[],
-    currentHit: number,
-): HTMLElement {
+function drawNumber(place: CellPlace, cell: GridCell, hits: readonly Hit[], currentHit: number): HTMLElement {
     const { tree, column } = place;
     const isDifference = tree.isDifference(column);
     const { sign, text, percent, hidden } = shownNumber(column, cell, isDifference);

@@ -89,7 +89,9 @@ export class ColumnTree {
     }
 
     #siblings(column: GridColumn): GridColumn[] {
-        const parent = this.all.find(({ node }) => node.children.some((child) => child.column === column.index));
+        const parent = this.all.find(({ node }) =>
+            node.children.some((child) => child.column === column.index),
+        );
         return this.#columnsOf(parent?.node.children);
     }
 

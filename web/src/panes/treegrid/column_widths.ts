@@ -9,6 +9,7 @@ const GREATEST_BY_ITSELF = 260;
 const LEAST_NAME_SHARE = 0.4;
 const LEAST_NAME = 200;
 const GREATEST_LEAST_NAME = 380;
+const GREATEST_NAME_SHARE = 0.8;
 /** Before anything was measured. */
 const UNKNOWN = 110;
 /** Few columns have room for bars that can be compared. */
@@ -64,18 +65,21 @@ export class ColumnWidths {
     grow(grid: HTMLElement, tree: ColumnTree): boolean {
         if (grid.clientWidth === 0) return false;
         return measuring(grid, () => {
-            const grown = tree.shown.filter((column) => !column.isGrouping && this.#growTo(column, natural(grid, column)));
+            const grown = tree.shown.filter(
+                (column) => !column.isGrouping && this.#growTo(column, natural(grid, column)),
+            );
             return this.#growBelowHeads(grid, tree) || grown.length > 0;
         });
     }
 
-    /** Gives a column the width of what shows now. */
-    fit(grid: HTMLElement, column: GridColumn): void {
+    /** Gives a column the width of what shows now; names that fit into what the others leave take all of that. */
+    fit(grid: HTMLElement, tree: ColumnTree, column: GridColumn): void {
         const width = measuring(grid, () => natural(grid, column));
-        const isNumber = !column.isGrouping;
-        if (isNumber) this.#given.delete(keyOf(column));
-        if (isNumber) this.#measured.set(keyOf(column), Math.max(LEAST, width));
-        else this.give(column, Math.min(width, grid.clientWidth * 0.8));
+        this.#given.delete(keyOf(column));
+        if (!column.isGrouping) return void this.#measured.set(keyOf(column), Math.max(LEAST, width));
+        const others = tree.shown.filter((other) => other !== column);
+        const rest = others.reduce((left, other) => left - this.of(other, grid.clientWidth), grid.clientWidth);
+        if (width > rest) this.give(column, Math.min(width, grid.clientWidth * GREATEST_NAME_SHARE));
     }
 
     /** A head above several columns has room for its text. */

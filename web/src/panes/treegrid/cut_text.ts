@@ -22,11 +22,13 @@ export function drawCutText(
 ): HTMLElement {
     const element = make('span', { class: 'cut' });
     const stretches = stretchesOf([...text].length, tail, hits, currentHit);
-    const cutCount = stretches.filter(({ isCut }) => isCut).length;
-    const kept = stretches.reduce((sum, { from, to, isCut }) => sum + (isCut ? 0 : to - from), 0);
+    const lengthOf = (isWanted: boolean) =>
+        stretches.reduce((sum, { from, to, isCut }) => sum + (isCut === isWanted ? to - from : 0), 0);
+    const [cut, kept] = [lengthOf(true), lengthOf(false)];
     for (const { from, to, isCut } of stretches) {
         const part = make('span', { class: isCut ? 'cut-part' : undefined });
-        if (isCut) part.style.maxWidth = widthOrNothing(`(100% - ${kept}ch) / ${cutCount}`, to - from);
+        const share = (to - from) / cut;
+        if (isCut) part.style.maxWidth = widthOrNothing(`(100% - ${kept}ch) * ${share}`, to - from);
         drawPieces(part, text, hits, currentHit, from, to);
         element.append(part);
     }

@@ -41,13 +41,21 @@ class ExportDialog {
             this.#makeForm(),
             this.#question,
             this.#failure,
-            make('div', { class: 'buttons' }, makeButton('Close', () => this.#dialog.close())),
+            make(
+                'div',
+                { class: 'buttons' },
+                makeButton('Close', () => this.#dialog.close()),
+            ),
         );
         this.#download.focus();
     }
 
     #makeForm(): HTMLElement {
-        const label = make('label', { for: 'export-path' }, 'Or write a file on the machine that serves the profile');
+        const label = make(
+            'label',
+            { for: 'export-path' },
+            'Or write a file on the machine that serves the profile',
+        );
         const line = make('div', { class: 'line' }, this.#path, this.#write);
         const form = make('form', {}, make('div', { class: 'field' }, label, line));
         form.addEventListener('submit', (event) => {

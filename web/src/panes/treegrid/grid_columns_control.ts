@@ -17,7 +17,7 @@ export class GridColumnsControl {
     readonly #keep: (wishes: ColumnWishes) => void;
     #wishes: ColumnWishes;
     readonly #actions: ColumnMenuActions = {
-        sort: (column, isDescending) => this.#sort(column, isDescending),
+        sort: (column, isDescending) => this.sort(column, isDescending),
         changeTree: (tree) => this.changeTree(tree),
         resize: (column, by) => this.#parts.view.resizeBy(column, by),
         fit: (column) => this.#parts.view.fit(column),
@@ -75,11 +75,11 @@ export class GridColumnsControl {
     sortBy(column: GridColumn): void {
         const { shownSorting } = this.#parts.state;
         const isSame = shownSorting.column === column.index;
-        this.#sort(column, isSame ? !shownSorting.isDescending : column.isDescendingByDefault);
+        this.sort(column, isSame ? !shownSorting.isDescending : column.isDescendingByDefault);
     }
 
     /** @param isDescending as it looks to a person. */
-    #sort(column: GridColumn, isDescending: boolean): void {
+    sort(column: GridColumn, isDescending: boolean): void {
         const { tree } = this.#parts.state;
         const sorting = turnedSorting(tree, { column: column.index, isDescending });
         const order = isDescending ? 'descending' : 'ascending';

@@ -139,7 +139,7 @@ export class GridView {
 
     /** Makes a column as wide as what it shows. */
     fit(column: GridColumn): void {
-        this.#widths.fit(this.element, column);
+        this.#widths.fit(this.element, this.#state.tree, column);
         this.#widthsChanged();
     }
 

@@ -60,7 +60,9 @@ export class HeadView {
         const row = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': rowNumber });
         const remark = percentRemarks(tree)[rowNumber - 1] ?? '';
         if (tree.shown[0]?.isGrouping)
-            row.append(make('div', { class: 'tg-headcell name blank', title: remark }, remark));
+            row.append(
+                make('div', { class: 'tg-headcell name blank', role: 'presentation', title: remark }, remark),
+            );
         for (const { caption, start, span, column } of heads) {
             const cell = make('div', {
                 class: 'tg-headcell group',
@@ -138,7 +140,11 @@ export class HeadView {
     }
 
     #drawGrip(column: GridColumn, cell: HTMLElement): HTMLElement {
-        const grip = make('span', { class: 'tg-grip', 'aria-hidden': 'true', title: 'Drag, or double-click to fit' });
+        const grip = make('span', {
+            class: 'tg-grip',
+            'aria-hidden': 'true',
+            title: 'Drag, or double-click to fit',
+        });
         grip.addEventListener('dblclick', () => this.#listener.fit(column));
         grip.addEventListener('pointerdown', (event) => {
             event.preventDefault();

@@ -11,6 +11,9 @@ const MAJORITY = 0.5;
 /** Levels opened at once: whoever wants more asks again from where this ends. */
 const MOST_LEVELS = 500;
 
+/** Rows shown below the end of the path: where it splits. */
+const ROWS_BELOW = 6;
+
 /** Rows asked for at once where the children of a row are not at hand, and how many are looked at in all. */
 const REACH = 100;
 const MOST_CHILDREN = 2000;
@@ -59,6 +62,7 @@ export class HottestPath {
         } finally {
             if (!signal.aborted) {
                 view.draw();
+                view.reveal(Math.min(row + ROWS_BELOW, state.rowCount - 1));
                 await this.#selection.goTo(row, 'select', signal);
                 loader.reload();
             }
@@ -130,7 +134,9 @@ export class HottestPath {
         if (!sorted) return data.find(isOfAll);
         if (isOfAll(sorted)) return sorted;
         // The self weight of a row says nothing of what is below it.
-        return data.find((column) => column.query === sorted.query && column.kind === sorted.kind && isOfAll(column));
+        return data.find(
+            (column) => column.query === sorted.query && column.kind === sorted.kind && isOfAll(column),
+        );
     }
 
     #amount(row: GridRow, column: GridColumn): number {

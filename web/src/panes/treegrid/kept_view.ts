@@ -52,7 +52,8 @@ export class KeptView {
         const { widths, columns, rows, stackMode, sorting, top } = look;
         const kept: { [key: string]: Kept } = { ...objectIn(this.#memory.load(this.#name)) };
         if (widths) kept['widths'] = Object.fromEntries(widths);
-        if (columns) kept['columns'] = Object.fromEntries([...columns].map(([key, wish]) => [key, { ...wish }]));
+        if (columns)
+            kept['columns'] = Object.fromEntries([...columns].map(([key, wish]) => [key, { ...wish }]));
         if (rows) kept['rows'] = { ...rows, current: rows.current ?? null };
         if (sorting) kept['sorting'] = { ...sorting };
         if (stackMode) kept['stackMode'] = stackMode;

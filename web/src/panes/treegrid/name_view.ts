@@ -2,14 +2,15 @@ import { make } from '../../page/dom.js';
 import { type ColumnTree } from './column_tree.js';
 import { drawCutText } from './cut_text.js';
 import { type GridRow } from './grid_answer.js';
-import { placeOf, type RowPlace } from './row_place.js';
+import { fileNameLength, placeOf, type RowPlace } from './row_place.js';
 import { type Hit } from './search_result.js';
 
 const TOGGLES: Readonly<Record<GridRow['state'], string>> = { '+': '▸', '-': '▾', ' ': '', w: '' };
 
 /** Characters at the end of a name that stay in sight; a shorter name is cut at its end only. */
 const NAME_TAIL = 16;
-const SHORT_NAME = 2 * NAME_TAIL;
+const LONGEST_TAIL = 26;
+const SHORT_NAME = 32;
 
 /** From this level on a number says how deep a row is: steps to the right are too small to count. */
 const FIRST_MARKED_LEVEL = 6;
@@ -54,8 +55,7 @@ export function drawName(
     );
     if (level >= FIRST_MARKED_LEVEL)
         cell.append(make('span', { class: 'tg-level', 'aria-hidden': 'true' }, String(level)));
-    const tail = text.length > SHORT_NAME ? NAME_TAIL : 0;
-    const name = drawCutText(text, tail, hits, currentHit);
+    const name = drawCutText(text, tailOf(text), hits, currentHit);
     name.classList.add('tg-text', 'tg-name');
     cell.append(name);
     const place = placeOf(tree, row);
@@ -63,12 +63,18 @@ export function drawName(
     if (place.module !== '' || place.file !== '') cell.append(drawPlace(place));
 }
 
-function drawPlace({ module, file, fileNameLength }: RowPlace): HTMLElement {
-    const element = make('span', { class: 'tg-place' });
-    if (module !== '') element.append(make('span', {}, module));
-    if (file === '') return element;
-    const path = drawCutText(file, fileNameLength);
-    path.style.setProperty('--before', `${module === '' ? 0 : [...module].length + 2}ch`);
-    element.append(module === '' ? '' : '  ', path);
-    return element;
+/** Characters to keep at the end of a name: the function without its scope if that is short, else just some. */
+function tailOf(name: string): number {
+    if (name.length <= SHORT_NAME) return 0;
+    const parameters = name.indexOf('(');
+    const path = parameters > 0 ? name.slice(0, parameters) : name;
+    const scope = Math.max(path.lastIndexOf('::') + 2, path.lastIndexOf('.') + 1, path.lastIndexOf('/') + 1);
+    const own = [...name.slice(scope)].length;
+    return own >= NAME_TAIL / 2 && own <= LONGEST_TAIL ? own : NAME_TAIL;
+}
+
+function drawPlace({ module, file }: RowPlace): HTMLElement {
+    const paths = [module, file].filter((path) => path !== '');
+    const parts = paths.map((path) => drawCutText(path, fileNameLength(path)));
+    return make('span', { class: 'tg-place' }, ...parts);
 }

@@ -6,8 +6,6 @@ export interface RowPlace {
     readonly module: string;
     /** With the line where the function begins. */
     readonly file: string;
-    /** How many characters at the end of `file` are the file's own name and the line. */
-    readonly fileNameLength: number;
 }
 
 /** The columns that tell it: asked for with every grid, and hidden. */
@@ -21,7 +19,10 @@ export function placeOf(tree: ColumnTree, row: GridRow): RowPlace {
         const value = row.cells[at]?.value ?? null;
         return value === null || value === UNKNOWN ? '' : String(value);
     }) as [string, string, string];
-    const file = path !== '' && line !== '' ? `${path}:${line}` : path;
-    const name = /[^/\\]*[/\\]?$/.exec(path)![0];
-    return { module, file, fileNameLength: [...name].length + file.length - path.length };
+    return { module, file: path !== '' && line !== '' ? `${path}:${line}` : path };
+}
+
+/** How many characters at the end of a path are the file's own name, and what follows it. */
+export function fileNameLength(path: string): number {
+    return [...(/[^/\\]*[/\\]?$/.exec(path)?.[0] ?? '')].length;
 }

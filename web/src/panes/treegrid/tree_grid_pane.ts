@@ -7,7 +7,7 @@ import { onDataChange } from '../data_events.js';
 import { ColumnTree } from './column_tree.js';
 import { CommandQueue } from './command_queue.js';
 import { openExportDialog } from './export_dialog.js';
-import { type GridAnswer } from './grid_answer.js';
+import { type GridAnswer, type GridSorting } from './grid_answer.js';
 import { firstSorting, GridColumnsControl } from './grid_columns_control.js';
 import { GridCommands } from './grid_commands.js';
 import { copySelectedRows } from './grid_copy.js';
@@ -43,6 +43,8 @@ export interface TreeGridSettings extends FocusListener {
     readonly memory: PageMemory;
     /** The name of what the host serves, for files. */
     readonly profileName: () => string;
+    /** The grid turned out to compare two results. */
+    readonly onComparison: () => void;
 }
 
 /** Before the view was ever seen its height is unknown: about what fits a screen. */
@@ -76,6 +78,8 @@ export class TreeGridPane {
     #isActive = false;
     /** What was open and selected is yet to be found again. */
     #isToRestore = true;
+    /** How the rows are to be sorted since the comparison was turned round. */
+    #wantedSorting: GridSorting | undefined;
     /** Counts what made the data out of date; what is shown is that of some count. */
     #wanted = 1;
     #shown = 0;
@@ -136,6 +140,7 @@ export class TreeGridPane {
         else {
             this.#view.draw();
             this.#watchWaitingRows();
+            this.#sortAsWanted();
         }
     }
 
@@ -160,10 +165,23 @@ export class TreeGridPane {
         if (this.#isActive) this.refresh();
     }
 
-    /** Shows a comparison the other way round, or as it was opened. */
+    /** Shows a comparison the other way round, or as it was opened; what was on top is so by its own sign then, too. */
     setSwapped(isSwapped: boolean): void {
+        const { shownSorting } = this.#state;
         this.#state.tree = this.#state.tree.withSwapped(isSwapped);
-        if (this.#isActive) this.#view.draw();
+        const wanted = this.#wantedSorting ?? shownSorting;
+        this.#wantedSorting =
+            wanted.isDescending === this.#state.shownSorting.isDescending ? undefined : wanted;
+        if (!this.#isActive) return;
+        this.#view.draw();
+        this.#sortAsWanted();
+    }
+
+    #sortAsWanted(): void {
+        const wanted = this.#wantedSorting;
+        const column = wanted && this.#state.tree.columns[wanted.column];
+        this.#wantedSorting = undefined;
+        if (column) this.#columns.sort(column, wanted.isDescending);
     }
 
     /** The rows at hand are about something else than the title says. */
@@ -223,6 +241,7 @@ export class TreeGridPane {
         this.#paths.forgetIds();
         this.#take(answer);
         this.#columns.meetWishes();
+        if (this.#state.tree.columns.some(({ kind }) => kind !== undefined)) this.#settings.onComparison();
         if (this.#stackMode.isUntold) this.#commands.changeStackMode(this.#stackMode.mode);
         // Whoever comes to the page by keyboard is at the rows.
         if (document.activeElement === document.body) this.#view.focus();
