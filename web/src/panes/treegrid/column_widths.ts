@@ -10,6 +10,8 @@ const LEAST_NAME_SHARE = 0.4;
 const LEAST_NAME = 200;
 const GREATEST_LEAST_NAME = 380;
 const GREATEST_NAME_SHARE = 0.8;
+/** Texts of as many characters are not quite equally wide. */
+const SLACK = 4;
 /** Before anything was measured. */
 const UNKNOWN = 110;
 /** Few columns have room for bars that can be compared. */
@@ -24,6 +26,9 @@ const ROOMY = 160;
 export class ColumnWidths {
     readonly #given: Map<string, number>;
     readonly #measured = new Map<string, number>();
+    /** Characters of the longest text that was measured, and the columns that it was for. */
+    readonly #longest = new Map<string, number>();
+    #seen: ColumnTree | undefined;
 
     constructor(given: ReadonlyMap<string, number>) {
         this.#given = new Map(given);
@@ -63,13 +68,27 @@ export class ColumnWidths {
 
     /** Takes over what shows now if that is wider than all before; false if it is not. */
     grow(grid: HTMLElement, tree: ColumnTree): boolean {
-        if (grid.clientWidth === 0) return false;
+        if (grid.clientWidth === 0 || !this.#isWorthMeasuring(grid, tree)) return false;
         return measuring(grid, () => {
             const grown = tree.shown.filter(
                 (column) => !column.isGrouping && this.#growTo(column, natural(grid, column)),
             );
             return this.#growBelowHeads(grid, tree) || grown.length > 0;
         });
+    }
+
+    /** Measuring costs a layout of all that shows; texts that are no longer than those before are no wider either. */
+    #isWorthMeasuring(grid: HTMLElement, tree: ColumnTree): boolean {
+        let isWorth = tree !== this.#seen;
+        this.#seen = tree;
+        for (const column of tree.shown) {
+            if (column.isGrouping) continue;
+            const longest = longestText(grid, column);
+            if (longest <= (this.#longest.get(keyOf(column)) ?? 0)) continue;
+            this.#longest.set(keyOf(column), longest);
+            isWorth = true;
+        }
+        return isWorth;
     }
 
     /** Gives a column the width of what shows now; names that fit into what the others leave take all of that. */
@@ -110,6 +129,11 @@ function leastNameWidth(viewWidth: number): number {
     return Math.round(Math.min(Math.max(LEAST_NAME, viewWidth * LEAST_NAME_SHARE), GREATEST_LEAST_NAME));
 }
 
+function longestText(grid: HTMLElement, column: GridColumn): number {
+    const cells = grid.querySelectorAll(`.tg-cell[data-column="c${column.index}"]`);
+    return [...cells].reduce((most, cell) => Math.max(most, cell.textContent.length), 0);
+}
+
 /** Has all cells as wide as their content while something is measured. */
 function measuring<Result>(grid: HTMLElement, measure: () => Result): Result {
     grid.classList.add('measuring');
@@ -124,5 +148,5 @@ function natural(grid: HTMLElement, column: GridColumn): number {
     const cells = grid.querySelectorAll<HTMLElement>(
         `.tg-cell[data-column="c${column.index}"], .tg-headcell:not(.group)[data-column="c${column.index}"]`,
     );
-    return [...cells].reduce((most, cell) => Math.max(most, cell.offsetWidth + 1), 0);
+    return [...cells].reduce((most, cell) => Math.max(most, cell.offsetWidth + SLACK), 0);
 }
