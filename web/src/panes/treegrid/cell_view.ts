@@ -1,3 +1,4 @@
+import './grid_cells.css';
 import { make } from '../../page/dom.js';
 import { barShapes } from './bar_shapes.js';
 import { cellText, numeric, shownNumber } from './cell_text.js';

@@ -3,7 +3,7 @@ import { fullName } from './column_names.js';
 import { columnMenu, type ColumnMenuActions, columnsMenu } from './column_menus.js';
 import { type ColumnTree, type ColumnWishes } from './column_tree.js';
 import { turnedSorting } from './comparison.js';
-import { type GridCell } from './grid_answer.js';
+import { type GridCell, type GridSorting } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
 import { type GridCommands } from './grid_commands.js';
 import { type GridParts } from './grid_parts.js';
@@ -16,8 +16,10 @@ export class GridColumnsControl {
     readonly #search: GridSearch;
     readonly #keep: (wishes: ColumnWishes) => void;
     #wishes: ColumnWishes;
+    /** How the rows are to be sorted since a comparison was turned round. */
+    #wantedSorting: GridSorting | undefined;
     readonly #actions: ColumnMenuActions = {
-        sort: (column, isDescending) => this.sort(column, isDescending),
+        sort: (column, isDescending) => this.#sort(column, isDescending),
         changeTree: (tree) => this.changeTree(tree),
         resize: (column, by) => this.#parts.view.resizeBy(column, by),
         fit: (column) => this.#parts.view.fit(column),
@@ -75,16 +77,31 @@ export class GridColumnsControl {
     sortBy(column: GridColumn): void {
         const { shownSorting } = this.#parts.state;
         const isSame = shownSorting.column === column.index;
-        this.sort(column, isSame ? !shownSorting.isDescending : column.isDescendingByDefault);
+        this.#sort(column, isSame ? !shownSorting.isDescending : column.isDescendingByDefault);
     }
 
     /** @param isDescending as it looks to a person. */
-    sort(column: GridColumn, isDescending: boolean): void {
+    #sort(column: GridColumn, isDescending: boolean): void {
         const { tree } = this.#parts.state;
         const sorting = turnedSorting(tree, { column: column.index, isDescending });
         const order = isDescending ? 'descending' : 'ascending';
         const told = `Sorted by ${fullName(tree, column)}, ${order}`;
         this.#commands.sort(column.index, sorting.isDescending, told);
+    }
+
+    /** Turns a comparison round. What was on top is to be so by its own sign then, too: `sortAsBefore` sees to that. */
+    setSwapped(isSwapped: boolean): void {
+        const { state } = this.#parts;
+        const wanted = this.#wantedSorting ?? state.shownSorting;
+        state.tree = state.tree.withSwapped(isSwapped);
+        this.#wantedSorting = wanted.isDescending === state.shownSorting.isDescending ? undefined : wanted;
+    }
+
+    sortAsBefore(): void {
+        const wanted = this.#wantedSorting;
+        const column = wanted && this.#parts.state.tree.columns[wanted.column];
+        this.#wantedSorting = undefined;
+        if (column) this.#sort(column, wanted.isDescending);
     }
 
     openMenu(column: GridColumn, anchor: HTMLElement): void {

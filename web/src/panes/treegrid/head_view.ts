@@ -1,3 +1,4 @@
+import './grid_head.css';
 import { make, makeButton } from '../../page/dom.js';
 import { fullName, headName } from './column_names.js';
 import { type ColumnTree } from './column_tree.js';

@@ -7,7 +7,7 @@ import { onDataChange } from '../data_events.js';
 import { ColumnTree } from './column_tree.js';
 import { CommandQueue } from './command_queue.js';
 import { openExportDialog } from './export_dialog.js';
-import { type GridAnswer, type GridSorting } from './grid_answer.js';
+import { type GridAnswer } from './grid_answer.js';
 import { firstSorting, GridColumnsControl } from './grid_columns_control.js';
 import { GridCommands } from './grid_commands.js';
 import { copySelectedRows } from './grid_copy.js';
@@ -23,10 +23,9 @@ import { type KeyCommand } from './key_commands.js';
 import { KeptView } from './kept_view.js';
 import { PaneFrame } from './pane_frame.js';
 import { RowOpening } from './row_opening.js';
-import { RowPaths } from './row_paths.js';
+import { RowMemory } from './row_memory.js';
 import { StackModeWish } from './stack_mode_wish.js';
 import { StoppableWork } from './stoppable_work.js';
-import { ViewRestore } from './view_restore.js';
 import { WindowLoader } from './window_loader.js';
 
 export interface TreeGridSettings extends FocusListener {
@@ -72,14 +71,9 @@ export class TreeGridPane {
     readonly #commands: GridCommands;
     readonly #columns: GridColumnsControl;
     readonly #kept: KeptView;
-    readonly #paths = new RowPaths();
-    readonly #restore: ViewRestore;
+    readonly #rowMemory: RowMemory;
     #focus: FocusObject | undefined;
     #isActive = false;
-    /** What was open and selected is yet to be found again. */
-    #isToRestore = true;
-    /** How the rows are to be sorted since the comparison was turned round. */
-    #wantedSorting: GridSorting | undefined;
     /** Counts what made the data out of date; what is shown is that of some count. */
     #wanted = 1;
     #shown = 0;
@@ -110,7 +104,7 @@ export class TreeGridPane {
         this.#selection = new GridSelection(parts);
         this.#opening = new RowOpening(parts, this.#selection);
         this.#hottest = new HottestPath(parts, this.#selection);
-        this.#restore = new ViewRestore(parts);
+        this.#rowMemory = new RowMemory(parts, this.#kept);
         this.#commands = new GridCommands(parts, this.#stackMode);
         this.#columns = new GridColumnsControl(parts, this.#commands, this.#search, look.columns, (columns) =>
             this.#kept.keep({ columns }),
@@ -138,9 +132,8 @@ export class TreeGridPane {
         this.#focusTold.setInSight(true);
         if (this.#shown !== this.#wanted) this.refresh();
         else {
-            this.#view.draw();
+            this.#showSwapped();
             this.#watchWaitingRows();
-            this.#sortAsWanted();
         }
     }
 
@@ -158,30 +151,20 @@ export class TreeGridPane {
         this.#focus = focus;
         ++this.#wanted;
         this.#frame.showTitle(`${this.#settings.title}: ${focus.name}`);
-        // What was open and selected was so for another object.
-        if (isOther) this.#paths.clear();
-        this.#isToRestore = !isOther;
+        if (isOther) this.#rowMemory.forget();
         this.#dropRows();
         if (this.#isActive) this.refresh();
     }
 
-    /** Shows a comparison the other way round, or as it was opened; what was on top is so by its own sign then, too. */
+    /** Shows a comparison the other way round, or as it was opened. */
     setSwapped(isSwapped: boolean): void {
-        const { shownSorting } = this.#state;
-        this.#state.tree = this.#state.tree.withSwapped(isSwapped);
-        const wanted = this.#wantedSorting ?? shownSorting;
-        this.#wantedSorting =
-            wanted.isDescending === this.#state.shownSorting.isDescending ? undefined : wanted;
-        if (!this.#isActive) return;
-        this.#view.draw();
-        this.#sortAsWanted();
+        this.#columns.setSwapped(isSwapped);
+        if (this.#isActive) this.#showSwapped();
     }
 
-    #sortAsWanted(): void {
-        const wanted = this.#wantedSorting;
-        const column = wanted && this.#state.tree.columns[wanted.column];
-        this.#wantedSorting = undefined;
-        if (column) this.#columns.sort(column, wanted.isDescending);
+    #showSwapped(): void {
+        this.#view.draw();
+        this.#columns.sortAsBefore();
     }
 
     /** The rows at hand are about something else than the title says. */
@@ -195,7 +178,7 @@ export class TreeGridPane {
     /** From now on it may be another host, which knows nothing of what was done here. */
     #meetHost(): void {
         this.#stackMode.forgetTold();
-        this.#isToRestore = true;
+        this.#rowMemory.meetHost();
     }
 
     /** Reads the grid anew. What was open stays open, and what was sorted sorted: the host sees to that. */
@@ -238,25 +221,13 @@ export class TreeGridPane {
     #showGrid(answer: GridAnswer): void {
         this.#frame.clearFailure();
         this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
-        this.#paths.forgetIds();
         this.#take(answer);
         this.#columns.meetWishes();
         if (this.#state.tree.columns.some(({ kind }) => kind !== undefined)) this.#settings.onComparison();
         if (this.#stackMode.isUntold) this.#commands.changeStackMode(this.#stackMode.mode);
         // Whoever comes to the page by keyboard is at the rows.
         if (document.activeElement === document.body) this.#view.focus();
-        // In its turn: rows look as they did then only after the commands before.
-        if (this.#isToRestore) this.#queue.add({ run: (signal) => this.#restoreRows(signal) });
-    }
-
-    async #restoreRows(signal: AbortSignal): Promise<void> {
-        await this.#guard('The rows that were open before could not be found', signal, async () => {
-            const { rows, top } = this.#kept.load();
-            await this.#restore.run(rows, this.#paths, signal);
-            this.#isToRestore = false;
-            this.#view.scrollTo(top);
-            this.#shownChanged();
-        });
+        this.#rowMemory.rowsWereRead();
     }
 
     #showBusy(slowWork: string | null): void {
@@ -355,7 +326,7 @@ export class TreeGridPane {
     #shownChanged(): void {
         if (!this.#isActive || this.#state.rowCount === 0) return;
         this.#loader.update();
-        if (!this.#isToRestore) this.#kept.keep({ top: this.#view.scale.top });
+        this.#rowMemory.keepPlace();
     }
 
     /** Takes an answer that speaks of the whole grid: what is still being asked for is older. */
@@ -377,13 +348,7 @@ export class TreeGridPane {
         if (answer.expanded) this.#frame.announce(`${withThousands(answer.expanded.rowCount)} rows opened`);
         this.#focusTold.tell();
         this.#watchWaitingRows();
-        this.#keepRows();
-    }
-
-    #keepRows(): void {
-        this.#paths.observe(this.#state);
-        if (this.#isToRestore) return;
-        this.#kept.keep({ rows: this.#paths.marks, sorting: this.#state.namedSorting });
+        this.#rowMemory.keepRows();
     }
 
     /** Rows that the host is opening for a request of someone else: nobody tells when they are ready. */
