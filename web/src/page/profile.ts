@@ -73,9 +73,12 @@ export class Profile {
 
     #take(results: readonly ResultSummary[]): void {
         const identity = results.map((result) => result.identity).join('\n');
-        const isSame = this.#memory.load(IDENTITY) === identity;
+        const known = this.#memory.load(IDENTITY);
+        const isSame = known === identity;
         this.#memory.keep(IDENTITY, identity);
         this.#results = results;
+        // Which of two results comes first was chosen for those two.
+        if (!isSame && known !== null && this.#isSwapped) this.swap();
         for (const listener of this.#readListeners) listener(isSame);
     }
 }
