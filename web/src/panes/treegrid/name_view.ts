@@ -17,9 +17,9 @@ const FIRST_MARKED_LEVEL = 6;
 
 /** Levels, and how many pixels each of them goes further to the right. */
 const STEPS: readonly (readonly [levels: number, step: number])[] = [
-    [8, 16],
-    [12, 8],
-    [30, 3],
+    [7, 16],
+    [10, 6],
+    [20, 2],
     [Infinity, 0],
 ];
 
