@@ -43,8 +43,7 @@ export class ProfileHead {
 function drawResult(result: ResultSummary, role: string | undefined): HTMLElement {
     const element = make('p', { class: 'result' });
     if (role) element.append(make('span', { class: 'role' }, role));
-    const tooltip = [result.title, result.name].filter((text) => text !== '').join('\n');
-    element.append(make('strong', { title: tooltip }, result.title));
+    element.append(make('strong', { title: result.origin }, result.title));
     for (const fact of factsOf(result)) element.append(make('span', { class: 'fact' }, fact));
     if (result.skipped) element.append(drawSkipped(result.title, result.skipped));
     return element;

@@ -4,10 +4,10 @@ import { type Bag, type Plain, toPlain } from '../wire/index.js';
 
 /** A result that the host has open. */
 export interface ResultSummary {
-    /** What a person knows it by: the file that it was made of, or the result's own name. */
+    /** What a person knows it by: the file that it was made of without its folder, or the result's own name. */
     readonly title: string;
-    /** The result's own name, if the title is another. */
-    readonly name: string;
+    /** The whole path of the file, and the result's own name. */
+    readonly origin: string;
     readonly taken: Date | undefined;
     readonly samples: number | undefined;
     readonly totals: readonly MetricTotal[];
@@ -40,24 +40,27 @@ const SECONDS: Readonly<Record<string, number>> = { nanoseconds: 1e-9, microseco
 
 /** Reads an answer of `profile:summary`. */
 export function readSummary(answer: Bag): ResultSummary[] {
-    return listOf(objectOf(toPlain(answer))['results']).map(readResult);
+    const results = listOf(objectOf(toPlain(answer))['results']).map(readResult);
+    const areAlike = results.length > 1 && results.every(({ title }) => title === results[0]!.title);
+    return areAlike ? results.map((result) => ({ ...result, title: result.origin.split('\n')[0]! })) : results;
 }
 
 function readResult(plain: Plain): ResultSummary {
     const result = objectOf(plain);
     const name = textOr(result['name'], '');
-    const title = textOr(result['source'], '') || name;
+    const source = textOr(result['source'], '');
+    const title = source.slice(source.lastIndexOf('/') + 1) || name;
     const taken = new Date(textOr(result['taken'], ''));
     const samples = numberOr(result['samples'], undefined);
     const totals = listOf(result['metrics']).map(readTotal);
     return {
         title,
-        name: name === title ? '' : name,
+        origin: [source, name].filter((part) => part !== '').join('\n'),
         taken: Number.isNaN(taken.getTime()) ? undefined : taken,
         samples,
         totals,
         skipped: readSkipped(result['skipped']),
-        identity: JSON.stringify([title, name, taken.getTime(), samples, totals]),
+        identity: JSON.stringify([source, name, taken.getTime(), samples, totals]),
     };
 }
 
