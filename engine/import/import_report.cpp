@@ -36,13 +36,27 @@ std::vector<std::string> ImportReport::messages() const {
     return lines;
 }
 
+void ImportReport::addSkipped(const ImportReport& other) {
+    for (const CountedReason& added : other.skipped) {
+        CountedReason& reason = find(skipped, added.reason);
+        reason.count += added.count;
+        std::vector<std::uint64_t>& positions = reason.first_positions;
+        positions.insert(positions.end(), added.first_positions.begin(), added.first_positions.end());
+        std::ranges::sort(positions);
+        if (positions.size() > positions_kept) positions.resize(positions_kept);
+    }
+}
+
+CountedReason& ImportReport::find(std::vector<CountedReason>& reasons, std::string_view reason) {
+    const auto found = std::ranges::find(reasons, reason, &CountedReason::reason);
+    return found == reasons.end() ? reasons.emplace_back(std::string(reason)) : *found;
+}
+
 void ImportReport::count(std::vector<CountedReason>& reasons, std::string_view reason,
                          std::uint64_t position) {
-    auto found = std::find_if(reasons.begin(), reasons.end(),
-                              [&](const CountedReason& known) { return known.reason == reason; });
-    if (found == reasons.end()) found = reasons.insert(found, {std::string(reason), 0, {}});
-    ++found->count;
-    if (found->first_positions.size() < positions_kept) found->first_positions.push_back(position);
+    CountedReason& counted = find(reasons, reason);
+    ++counted.count;
+    if (counted.first_positions.size() < positions_kept) counted.first_positions.push_back(position);
 }
 
 std::string ImportReport::message(const std::vector<CountedReason>& reasons, std::string_view what) const {

@@ -26,6 +26,9 @@ public:
     std::string position_unit = "line";
     /// Records that became samples.
     std::uint64_t records_read = 0;
+    /// Of a format of lines: lines that made sense, and lines that did not. Both 0 for other formats.
+    std::uint64_t lines_understood = 0;
+    std::uint64_t lines_lost = 0;
     /// Lines or samples left out, per reason.
     std::vector<CountedReason> skipped;
     /// Samples that were kept with a changed weight, per reason.
@@ -34,6 +37,9 @@ public:
     void skip(std::string_view reason, std::uint64_t position) { count(skipped, reason, position); }
     void adjust(std::string_view reason, std::uint64_t position) { count(adjusted, reason, position); }
 
+    /// Adds what another part of the same import skipped.
+    void addSkipped(const ImportReport& other);
+
     std::uint64_t skipped_total() const;
 
     /// One line per fact worth telling, e.g. "12 lines skipped: 10 without a weight (lines 3, 5, 9, 11, 12,
@@ -41,6 +47,7 @@ public:
     std::vector<std::string> messages() const;
 
 private:
+    static CountedReason& find(std::vector<CountedReason>& reasons, std::string_view reason);
     static void count(std::vector<CountedReason>& reasons, std::string_view reason, std::uint64_t position);
     std::string message(const std::vector<CountedReason>& reasons, std::string_view what) const;
 };

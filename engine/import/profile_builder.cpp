@@ -8,8 +8,6 @@ namespace panedeck::engine {
 
 namespace {
 
-constexpr char total_would_wrap[] = "the total weight would exceed 9223372036854775807";
-
 std::uint64_t hashFunction(const FunctionRecord& f) {
     const std::uint64_t names = std::uint64_t{f.name} << 32 | f.module;
     const std::uint64_t place = hashWords(std::uint64_t{f.source_file} << 32 | f.line, f.column);
