@@ -15,6 +15,12 @@ add_library(log4cplus INTERFACE)
 target_include_directories(log4cplus SYSTEM INTERFACE ${LOG4CPLUS_INCLUDE_DIR})
 target_link_libraries(log4cplus INTERFACE ${LOG4CPLUS_LIBRARY})
 
+find_path(SODIUM_INCLUDE_DIR sodium.h REQUIRED)
+find_library(SODIUM_LIBRARY sodium REQUIRED)
+add_library(sodium INTERFACE)
+target_include_directories(sodium SYSTEM INTERFACE ${SODIUM_INCLUDE_DIR})
+target_link_libraries(sodium INTERFACE ${SODIUM_LIBRARY})
+
 add_library(rapidjson INTERFACE)
 target_include_directories(rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
 # Parsing by iteration everywhere: the recursive reader's stack is at the mercy of the input.
