@@ -21,6 +21,12 @@ add_library(sodium INTERFACE)
 target_include_directories(sodium SYSTEM INTERFACE ${SODIUM_INCLUDE_DIR})
 target_link_libraries(sodium INTERFACE ${SODIUM_LIBRARY})
 
+find_path(XXHASH_INCLUDE_DIR xxhash.h REQUIRED)
+find_library(XXHASH_LIBRARY xxhash REQUIRED)
+add_library(xxhash INTERFACE)
+target_include_directories(xxhash SYSTEM INTERFACE ${XXHASH_INCLUDE_DIR})
+target_link_libraries(xxhash INTERFACE ${XXHASH_LIBRARY})
+
 add_library(rapidjson INTERFACE)
 target_include_directories(rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
 # Parsing by iteration everywhere: the recursive reader's stack is at the mercy of the input.

@@ -5,6 +5,11 @@
 #include "import/perf_script_shape.h"
 #include "import/text_lines.h"
 
+#include <ctime>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+
 namespace panedeck::engine {
 
 namespace {
@@ -26,6 +31,7 @@ public:
     void finish();
 
 private:
+    void addComment(std::string_view line);
     bool addFrame(const PerfFrame& frame, std::uint64_t number);
     void addOther(std::string_view line, std::uint64_t number);
     void addHeader(const PerfHeader& header, std::uint64_t number);
@@ -48,7 +54,7 @@ void PerfScriptReading::addLine(std::string_view line, std::uint64_t number) {
         m_samples.end();
         return;
     }
-    if (line.starts_with('#')) return;
+    if (line.starts_with('#')) return addComment(line);
     ++m_lines;
     const auto frame = parsePerfFrame(line);
     if (m_doubtful_line) settleDoubtful(frame && (isBlank(line.front()) || frame->has_module_text));
@@ -63,6 +69,19 @@ void PerfScriptReading::addLine(std::string_view line, std::uint64_t number) {
     }
     if (frame && addFrame(*frame, number)) return;
     addOther(line, number);
+}
+
+// `# captured on    : Wed Aug 15 16:01:24 2018`
+void PerfScriptReading::addComment(std::string_view line) {
+    constexpr std::string_view key = "# captured on";
+    if (!line.starts_with(key) || !m_report.taken.empty()) return;
+    std::istringstream text{std::string(trimmedLeft(line.substr(line.find(':') + 1)))};
+    text.imbue(std::locale::classic());
+    std::tm time{};
+    text >> std::get_time(&time, "%a %b %d %H:%M:%S %Y");
+    if (!text) return;
+    char written[32];
+    m_report.taken.assign(written, std::strftime(written, sizeof(written), "%Y-%m-%dT%H:%M:%S", &time));
 }
 
 bool PerfScriptReading::addFrame(const PerfFrame& frame, std::uint64_t number) {

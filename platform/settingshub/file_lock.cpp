@@ -31,7 +31,7 @@ bk2::error_code_t file_lock_t::take(const std::string& path, std::chrono::millis
     std::error_code error;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), error);
     if (error) return lock_failure(path, error.value());
-    m_descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    m_descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (m_descriptor < 0) return lock_failure(path, errno);
 
     // A blocking wait could last for ever behind a stopped program, on a thread that others need.

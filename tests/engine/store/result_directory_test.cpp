@@ -8,8 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace panedeck::tests {
 namespace {
@@ -69,6 +73,12 @@ protected:
         EXPECT_EQ(sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
             << sqlite3_errmsg(handle);
         sqlite3_close(handle);
+    }
+
+    /// Makes the result one of the oldest schema.
+    void makeOldest() const {
+        change("DROP TABLE checksum; DROP TABLE result_fact; DROP TABLE import_note; PRAGMA user_version=1");
+        std::ofstream(directory + "/r000hs.pdres") << "<result><schema type=\"s32_t\">1</schema></result>";
     }
 
     TemporaryFolder folder;
@@ -185,7 +195,7 @@ TEST_F(DamagedResult, RefusesANewerSchema) {
     change("PRAGMA user_version=99");
     EXPECT_EQ(messageOf(directory), database +
                                         ": written by a newer version of this program (schema 99, this one "
-                                        "reads up to 1)");
+                                        "reads up to 2)");
     std::ofstream(directory + "/r000hs.pdres") << "<result><schema type=\"s32_t\">100</schema></result>";
     EXPECT_NE(messageOf(directory).find("schema 100"), std::string::npos);
 }
@@ -217,6 +227,9 @@ TEST_F(DamagedResult, RefusesDataThatDoNotFitTogether) {
         {"DELETE FROM metric", "no metric"},
         {"DROP TABLE dd_process", "no such table: dd_process"},
     };
+    // Of the oldest schema: what has a checksum is refused before anybody looks whether it fits.
+    makeOldest();
+    EXPECT_EQ(messageOf(directory), "");
     const std::string backup = folder / "backup";
     fs::copy_file(database, backup);
     for (const auto& [sql, says] : cases) {
@@ -228,17 +241,129 @@ TEST_F(DamagedResult, RefusesDataThatDoNotFitTogether) {
     }
 }
 
-TEST_F(DamagedResult, SurvivesEveryCutAndFlippedByte) {
-    std::ifstream file(database, std::ios::binary);
-    const std::string whole((std::istreambuf_iterator<char>(file)), {});
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void write(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+TEST_F(DamagedResult, IsRefusedOrGivesTheSameAnswers) {
+    ProfileData whole;
+    ResultFacts whole_facts;
+    ASSERT_TRUE(engine::readResult(directory, whole, whole_facts, nullptr).succeeded());
     std::mt19937 random(3);
-    for (int round = 0; round < 200; ++round) {
-        std::string damaged = whole.substr(0, round % 2 ? whole.size() : random() % whole.size());
-        for (int flip = 0; flip < 20 && !damaged.empty(); ++flip)
+    int refused = 0;
+    for (int round = 0; round < 500; ++round) {
+        const std::string file = round % 5 ? database : directory + "/r000hs.pdres";
+        const std::string content = contentOf(file);
+        std::string damaged = content.substr(0, round % 7 ? content.size() : random() % content.size());
+        for (int flips = round % 3 ? 1 : 20; flips > 0 && !damaged.empty(); --flips)
             damaged[random() % damaged.size()] = static_cast<char>(random());
-        std::ofstream(database, std::ios::binary) << damaged;
-        messageOf(directory); // opens or is refused; a sanitizer sees the rest
+        write(file, damaged);
+        ProfileData data;
+        ResultFacts facts;
+        if (engine::readResult(directory, data, facts, nullptr).failed())
+            ++refused;
+        else
+            EXPECT_TRUE(equal(data, whole) && facts.name == whole_facts.name &&
+                        facts.source == whole_facts.source && facts.format == whole_facts.format)
+                << "round " << round;
+        write(file, content);
     }
+    EXPECT_GT(refused, 150); // the rest hit what no answer depends on, such as free space in pages
+}
+
+TEST_F(DamagedResult, IsTheDatabaseOfAnotherResult) {
+    ProfileData other = smallProfile();
+    other.names[1] = "another";
+    ASSERT_TRUE(engine::writeResult(other, folder / "r001hs", {}, nullptr).succeeded());
+    fs::copy_file(folder / "r001hs/profile.sqlite", database, fs::copy_options::overwrite_existing);
+    EXPECT_EQ(messageOf(directory),
+              database + ": belongs to another result than " + directory + "/r000hs.pdres");
+}
+
+TEST(ResultDirectory, KeepsWhatTheImportSkipped) {
+    const TemporaryFolder folder;
+    ResultFacts written{"a", "in.txt", "folded stacks", "2018-08-15T16:01:24", {}};
+    written.notes.position_unit = "sample";
+    written.notes.skipped = {{"without a weight", 12, {3, 5}}, {"too long", 1, {}}};
+    written.notes.adjusted = {{"with a \"quote\"", 1, {7}}};
+    ASSERT_TRUE(engine::writeResult(smallProfile(), folder / "r000hs", written, nullptr).succeeded());
+    ResultFacts read;
+    ASSERT_TRUE(engine::readResultFacts(folder / "r000hs", read).succeeded());
+    EXPECT_EQ(read.notes.messages(), written.notes.messages());
+    EXPECT_EQ(read.notes.skipped.at(1).first_positions, std::vector<std::uint64_t>{});
+    EXPECT_EQ(read.taken + read.source, written.taken + written.source);
+}
+
+mode_t rightsOf(const std::string& path) {
+    struct stat status {};
+    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+    return status.st_mode & 0777;
+}
+
+TEST(ResultDirectory, HasTheRightsThatTheUserGives) {
+    for (const mode_t mask : {0002, 0022, 0077}) {
+        const TemporaryFolder folder;
+        const mode_t before = ::umask(mask);
+        const auto written = engine::writeResult(smallProfile(), folder / "r000hs", {}, nullptr);
+        ::umask(before);
+        ASSERT_TRUE(written.succeeded()) << written.message();
+        EXPECT_EQ(rightsOf(folder / "r000hs"), 0777u & ~mask);
+        EXPECT_EQ(rightsOf(folder / "r000hs/profile.sqlite"), 0666u & ~mask);
+        EXPECT_EQ(rightsOf(folder / "r000hs/r000hs.pdres"), 0666u & ~mask);
+    }
+}
+
+/// Stops a write for ever at a point where its folder is there, as a process that is killed there does.
+class KillingProgress final : public notifykit2::IProgress {
+public:
+    void start(const std::string&, std::uint64_t) override {}
+    void advance_to(std::uint64_t) override {}
+    void cancel() override {}
+    bool is_canceled() const override { return ::kill(::getpid(), m_signal) != 0; }
+    void add_ref() const override {}
+    void release() const override {}
+    explicit KillingProgress(int signal) : m_signal(signal) {}
+
+private:
+    int m_signal;
+};
+
+TEST(ResultDirectory, TidiesUpAfterImportsThatWereKilled) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "r000hs");
+    fs::create_directory(folder / "r001hs");
+    // Somebody's own folders, one of them with the name of a new one.
+    fs::create_directories(folder / ".r000hs.backup");
+    fs::create_directories(folder / ".x.importing-0123456789abcdef/mine");
+    const auto writeAndGet = [&](const char* name, int signal) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            KillingProgress progress(signal);
+            const auto written = engine::writeResult(smallProfile(), folder / name, {}, &progress);
+            ::_exit(written.succeeded());
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, WUNTRACED), child);
+        return child;
+    };
+    writeAndGet("r000hs", SIGKILL);
+    const pid_t at_work = writeAndGet("r001hs", SIGSTOP);
+    const auto entries = [&] { return std::distance(fs::directory_iterator(folder.path()), {}); };
+    EXPECT_EQ(entries(), 6);
+    engine::removeAbandonedResults(folder.path());
+    EXPECT_EQ(entries(), 4);
+    EXPECT_TRUE(fs::exists(folder / "r001hs"));
+    EXPECT_TRUE(fs::exists(folder / ".r000hs.backup"));
+    EXPECT_TRUE(fs::exists(folder / ".x.importing-0123456789abcdef/mine"));
+    ::kill(at_work, SIGKILL);
+    ::waitpid(at_work, nullptr, 0);
+    engine::removeAbandonedResults(folder.path());
+    EXPECT_EQ(entries(), 2);
 }
 
 } // namespace
