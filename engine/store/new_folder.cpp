@@ -1,6 +1,6 @@
 #include "store/new_folder.h"
 
-#include "basekit/random_name.h"
+#include "basekit/random_text.h"
 
 #include <fmt/format.h>
 
@@ -31,7 +31,7 @@ bk2::error_code_t systemFailure(const std::string& path, int error) {
 
 fs::path newPathFor(const fs::path& final_place) {
     return final_place.parent_path() /
-           fmt::format(".{}{}{}", final_place.filename().string(), mark, bk2::random_name(random_digits));
+           fmt::format(".{}{}{}", final_place.filename().string(), mark, bk2::random_hex_digits(random_digits / 2));
 }
 
 /// The name of the place that a new folder is for; nothing if it is none.

@@ -1,6 +1,6 @@
 #include "store/result_directory.h"
 
-#include "basekit/random_name.h"
+#include "basekit/random_text.h"
 #include "basekit/variant_bag.h"
 #include "basekit/variant_bag_xml.h"
 #include "settingshub/whole_file.h"
@@ -26,7 +26,7 @@ constexpr char project_extension[] = ".pdproj";
 constexpr char result_root[] = "result";
 constexpr char checksum_key[] = "checksum";
 constexpr int first_with_checksum = 2;
-constexpr unsigned id_digits = 32;
+constexpr unsigned id_bytes = 16;
 
 // An absolute path without a slash at its end, so that the last part is the result's name.
 fs::path normalized(const std::string& directory) {
@@ -170,7 +170,7 @@ bk2::error_code_t writeResult(const ProfileData& data, const std::string& direct
     NewFolder folder;
     if (auto error = folder.makeBeside(final_place); error.failed()) return error;
 
-    const std::string id = bk2::random_name(id_digits);
+    const std::string id = bk2::random_hex_digits(id_bytes);
     const std::string database = (folder.path() / database_name).string();
     if (auto error =
             writeProfileDatabase(data, {profile_schema_version, id, facts.notes}, database, progress);

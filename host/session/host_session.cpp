@@ -2,6 +2,7 @@
 
 #include "handlers/request_handlers.h"
 #include "logkit/component_logger.h"
+#include "session/profile_request_handler.h"
 
 #include <utility>
 
@@ -23,6 +24,7 @@ HostSession::~HostSession() {
 }
 
 void HostSession::addHandlers() {
+    m_handlers->addRequestHandler(std::make_shared<ProfileRequestHandler>(m_results));
     m_handlers->addRequestHandler(createOptionsRequestHandler(false));
     m_handlers->addRequestHandler(createGridRequestHandler(m_results.library, m_filterMgr, &m_events,
                                                            m_dataLock, m_results.first, m_results.second));

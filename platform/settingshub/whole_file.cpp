@@ -1,6 +1,6 @@
 #include "settingshub/whole_file.h"
 
-#include "basekit/random_name.h"
+#include "basekit/random_text.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -119,7 +119,7 @@ bk2::error_code_t write_whole_file(const std::string& path, std::string_view tex
                                    file_operations_t& operations) {
     if (const auto made = make_folder_of(path); made.failed()) return made;
     remove_left_overs(path);
-    const std::string fresh = path + "." + bk2::random_name(random_digits) + std::string(new_extension);
+    const std::string fresh = path + "." + bk2::random_hex_digits(random_digits / 2) + std::string(new_extension);
     int error = write_flushed(operations, fresh, path, text);
     if (error == 0 && operations.rename(fresh.c_str(), path.c_str()) != 0) error = errno;
     if (error != 0) {

@@ -227,7 +227,7 @@ class _Run:
             self._keep(frame)
 
     def _taken(self, frame: Frame) -> Frame:
-        frame.shown = self._row_ids.hide(frame.shown)
+        frame.shown = self._row_ids.hide(frame.shown).replace(str(self._folder), "%folder%")
         if frame.request_id is not None:
             self._asked.remove(frame.request_id)
         # While others are under way the grid need not be as it was.
