@@ -1,5 +1,6 @@
 #include "session.h"
 
+#include "opening_display.h"
 #include "settingshub/product_locations.h"
 
 #include <fmt/format.h>
@@ -7,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <sys/random.h>
+#include <thread>
 
 namespace panedeck::cli {
 
@@ -15,6 +17,8 @@ namespace {
 using settingshub2::IProductLocations;
 
 constexpr std::chrono::seconds startup_patience{20};
+constexpr std::chrono::milliseconds wait_grain{50};
+constexpr std::chrono::seconds ending_patience{2};
 constexpr char sample_result[] = "en/C++/matrix_results/r000hs";
 
 /// 128 bits of the system's randomness: whoever knows the token may use the page.
@@ -54,18 +58,17 @@ std::string find_web_directory(const std::string& given) {
 bk2::error_code_t Session::start(const SessionParameters& parameters) {
     m_token = random_token();
     if (m_token.empty()) return bk2::error_code_t::failure("the system gives no random numbers");
-    if (const auto started = start_relay(find_web_directory(parameters.web_directory)); started.failed()) {
-        return started;
-    }
+    const auto started = start_relay(find_web_directory(parameters.web_directory), parameters.port);
+    if (started.failed()) return started;
     return start_host(parameters);
 }
 
-bk2::error_code_t Session::start_relay(const std::string& web_directory) {
+bk2::error_code_t Session::start_relay(const std::string& web_directory, unsigned port) {
     if (web_directory.empty())
         return bk2::error_code_t::failure("the folder of the web page is not installed");
     const auto started =
-        m_relay.start({program_path("panedeck-guiserver"), "--http", "127.0.0.1:0", "--library",
-                       "127.0.0.1:0", "--web", web_directory, "--token", m_token});
+        m_relay.start({program_path("panedeck-guiserver"), "--http", "127.0.0.1:" + std::to_string(port),
+                       "--library", "127.0.0.1:0", "--web", web_directory, "--token", m_token});
     return started.failed() ? started : read_relay_addresses();
 }
 
@@ -112,6 +115,30 @@ bk2::error_code_t Session::start_host(const SessionParameters& parameters) {
         arguments.push_back(sample);
     }
     return m_host.start(arguments);
+}
+
+bk2::error_code_t Session::wait_until_served(notifykit2::IProgress& progress) {
+    OpeningDisplay display(progress);
+    std::string line;
+    while (line != "serving") {
+        if (progress.is_canceled()) return bk2::error_code_t::canceled();
+        bool has_line = false;
+        if (const auto polled = m_host.poll_line(line, has_line, wait_grain); polled.failed())
+            return reason_of_end(polled);
+        if (has_line) display.show(line);
+    }
+    return bk2::error_code_t::success();
+}
+
+/// A program's output ends a moment before the program does.
+bk2::error_code_t Session::reason_of_end(const bk2::error_code_t& end_of_output) {
+    const auto deadline = std::chrono::steady_clock::now() + ending_patience;
+    auto running = check();
+    while (running.succeeded() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(wait_grain);
+        running = check();
+    }
+    return running.failed() ? running : end_of_output;
 }
 
 void Session::stop() {

@@ -2,6 +2,7 @@
 
 #include "basekit/error_code.h"
 #include "child_process.h"
+#include "notifykit/progress.h"
 
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ struct SessionParameters {
     std::string user_directory;
     std::string config_directory;
     std::string web_directory;
+    unsigned port = 0; ///< of the page; 0 is a free one
 };
 
 /// The relay and the host that a person's view of a result needs, running as long as this object lives.
@@ -23,6 +25,10 @@ public:
     /// Starts the relay on free ports, then the host with the results. The host goes on loading when this
     /// returns. Fails in one line if a program or a folder is missing or a program does not come up.
     bk2::error_code_t start(const SessionParameters& parameters);
+
+    /// Waits until the host has opened its results and shows in `progress` how far that is. A cancelled
+    /// progress ends the wait with the cancelled error. Else fails as `check` does.
+    bk2::error_code_t wait_until_served(notifykit2::IProgress& progress);
 
     /// Stops the host, then the relay.
     void stop();
@@ -39,9 +45,10 @@ public:
     const std::string& web_port() const { return m_web_port; }
 
 private:
-    bk2::error_code_t start_relay(const std::string& web_directory);
+    bk2::error_code_t start_relay(const std::string& web_directory, unsigned port);
     bk2::error_code_t read_relay_addresses();
     void take_relay_address(const std::string& line);
+    bk2::error_code_t reason_of_end(const bk2::error_code_t& end_of_output);
     bk2::error_code_t start_host(const SessionParameters& parameters);
 
     std::string m_token;
