@@ -10,13 +10,6 @@ CommandLine read(std::vector<const char*> arguments) {
     return read_command_line(static_cast<int>(arguments.size()), arguments.data());
 }
 
-TEST(CommandLine, Import) {
-    const CommandLine line = read({"import", "a", "b", "--out", "results"});
-    const auto& command = std::get<ImportCommand>(line.command);
-    EXPECT_EQ(command.inputs, (std::vector<std::string>{"a", "b"}));
-    EXPECT_EQ(command.out_directory, "results");
-}
-
 TEST(CommandLine, OpenTakesUpToTwoAndTheUserDirectoryAnywhere) {
     const CommandLine line =
         read({"open", "--no-browser", "before", "after", "--user-dir", "user", "--port", "8123"});
@@ -27,12 +20,6 @@ TEST(CommandLine, OpenTakesUpToTwoAndTheUserDirectoryAnywhere) {
     EXPECT_EQ(command.session.user_directory, "user");
     EXPECT_TRUE(std::get<OpenCommand>(read({"--user-dir", "user", "open"}).command).opens_browser);
     EXPECT_EQ(std::get<OpenCommand>(read({"compare", "a", "b"}).command).session.results.size(), 2u);
-}
-
-TEST(CommandLine, ListAndCheckHaveDefaults) {
-    EXPECT_EQ(std::get<ListCommand>(read({"list"}).command).folder, ".");
-    EXPECT_EQ(std::get<ListCommand>(read({"list", "x"}).command).folder, "x");
-    EXPECT_TRUE(std::get<CheckCommand>(read({"check"}).command).session.results.empty());
 }
 
 TEST(CommandLine, NamesWhatIsWrongAndAnswersWhatItIsAskedFor) {

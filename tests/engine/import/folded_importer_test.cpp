@@ -105,27 +105,6 @@ TEST(FoldedImporter, sharing_frames_with_the_line_before_changes_nothing) {
     });
 }
 
-TEST(FoldedImporter, takes_stacks_of_a_hundred_thousand_frames) {
-    constexpr std::size_t depth = 100'000;
-    std::string line;
-    for (std::size_t i = 0; i < depth; ++i)
-        line += "f" + std::to_string(i % 7) + ";";
-    const Imported imported = importText(line + " 3\n" + line + "x 4\n");
-    ASSERT_TRUE(imported.error.succeeded()) << imported.message();
-    EXPECT_EQ(imported.profile.callsite_parents.size(), depth + 2);
-    EXPECT_EQ(imported.profile.functions.size(), 1u + 7 + 1);
-}
-
-TEST(FoldedImporter, a_line_of_five_megabytes_costs_at_most_itself) {
-    const std::string name(5'000'000, 'x');
-    EXPECT_EQ(reportOf(importText("a;b 1\n" + name + " 5\na;c 2\n")),
-              "1 line skipped: 1 with a name that is too long (line 2)\n");
-    EXPECT_EQ(reportOf(importText("a;b 1\n" + name + "\na;c 2\n")),
-              "1 line skipped: 1 without a weight (line 2)\n");
-    const Imported wide = importText("a;" + std::string(900'000, 'x') + " 1\n");
-    EXPECT_EQ(wide.profile.names.at(2).size(), 900'000u);
-}
-
 TEST(FoldedImporter, keeps_the_limits) {
     ImportLimits limits;
     limits.line_bytes = 40;

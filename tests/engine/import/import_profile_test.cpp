@@ -63,21 +63,6 @@ TEST(ImportProfile, refuses_gzip_that_is_cut_or_damaged_anywhere) {
     }
 }
 
-TEST(ImportProfile, names_the_line_up_to_which_damaged_gzip_was_read) {
-    const std::string text = manyLines(100'000);
-    const std::string packed = gzipped(text);
-    const Imported imported = importText(packed.substr(0, packed.size() - 4));
-    EXPECT_EQ(imported.message(), "file:100001: the gzip data ends in the middle");
-}
-
-TEST(ImportProfile, limits_what_gzip_unpacks_to) {
-    ImportLimits limits;
-    limits.unpacked_bytes = 1'000'000;
-    limits.line_bytes = 1000;
-    const Imported bomb = importText(gzipped("a;b 1\n" + std::string(20'000'000, 'x')), limits);
-    EXPECT_EQ(bomb.message(), "file:2: the text is longer than 1000000 bytes");
-}
-
 TEST(ImportProfile, tells_formats_by_content) {
     struct FormatCase {
         const char* name;
@@ -235,20 +220,6 @@ TEST(ImportProfile, stops_while_its_input_waits_or_gives_nothing) {
         ProfileData profile;
         ImportReport report;
         EXPECT_TRUE(importProfile(folder / name, profile, report, &progress).is_canceled()) << name;
-    }
-}
-
-TEST(ImportProfile, reads_a_file_in_pieces_as_it_reads_memory) {
-    const TemporaryFolder folder;
-    const std::string text = manyLines(200'000);
-    std::ofstream(folder / "plain", std::ios::binary) << text;
-    std::ofstream(folder / "packed", std::ios::binary) << gzipped(text);
-    const Imported expected = importText(text);
-    for (const char* name : {"plain", "packed"}) {
-        Imported imported;
-        imported.error = importProfile(folder / name, imported.profile, imported.report, nullptr);
-        EXPECT_EQ(treeOf(imported), treeOf(expected)) << name;
-        EXPECT_EQ(imported.report.records_read, 200'000u) << name;
     }
 }
 

@@ -220,14 +220,6 @@ TEST(PerfScriptImporter, clock_events_are_nanoseconds_if_they_say_how_many) {
               (std::vector<MetricUnit>{MetricUnit::nanoseconds, MetricUnit::count, MetricUnit::count}));
 }
 
-TEST(PerfScriptImporter, takes_stacks_of_a_hundred_thousand_frames) {
-    std::string text = "p 1 1.5: 1 e:\n";
-    for (int i = 0; i < 100'000; ++i)
-        text += "\t4f0 f" + std::to_string(i % 7) + (i % 3 ? " (m)\n" : " (inlined)\n");
-    const Imported imported = importText(text);
-    EXPECT_EQ(imported.profile.callsite_parents.size(), 100'001u);
-}
-
 TEST(PerfScriptImporter, survives_a_cut_anywhere) {
     checkEveryCut(
         "# c\nC2 Comp 1/2 [003] 1506.005730: 667111 cpu-clock:u: \n\t  adc563 A::b(int)+0x313 (/usr/lib.so)\n"

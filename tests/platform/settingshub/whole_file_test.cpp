@@ -7,7 +7,6 @@
 #include <csignal>
 #include <fstream>
 #include <functional>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -156,22 +155,6 @@ TEST(WholeFile, AKillAtAnyStepLeavesTheOldContentOrTheNew) {
     }
     EXPECT_TRUE(seen_old);
     EXPECT_TRUE(seen_new);
-}
-
-TEST(WholeFile, ADiskThatIsFullKeepsTheOldContent) {
-    const TemporaryFolder folder;
-    const std::string path = folder / "file";
-    ASSERT_TRUE(write_whole_file(path, old_content).succeeded());
-    const int status = status_of_child([&] {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{4096, 4096};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 2;
-        return write_whole_file(path, new_content).failed() ? 0 : 1;
-    });
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(content_of(path), old_content);
-    EXPECT_EQ(files_beside(path), 1);
 }
 
 } // namespace
