@@ -1,6 +1,7 @@
 #include "host/scheduler_fixture.h"
 #include "scheduler/request_scheduler.h"
 
+#include <malloc.h>
 #include <random>
 
 namespace panedeck::host::tests {
@@ -126,9 +127,9 @@ INSTANTIATE_TEST_SUITE_P(
                     displacement_case_t{"gridview:scroll", "g1", "gridview:search", "g1", false},
                     displacement_case_t{"gridview:scroll", "g1", "gridview:refresh", "g1", true},
                     displacement_case_t{"gridview:refresh", "g1", "gridview:refresh", "g2", false},
-                    displacement_case_t{"gridview:scroll", nullptr, "gridview:refresh", "g1", true},
-                    displacement_case_t{"gridview:scroll", "g1", "gridview:refresh", nullptr, true},
-                    displacement_case_t{"gridview:scroll", "", "gridview:refresh", "", true},
+                    displacement_case_t{"gridview:scroll", nullptr, "gridview:refresh", "g1", false},
+                    displacement_case_t{"gridview:scroll", "g1", "gridview:refresh", nullptr, false},
+                    displacement_case_t{"gridview:scroll", "", "gridview:refresh", nullptr, true},
                     displacement_case_t{"gridview:refresh", "g1", "gridview:scroll", "g1", false},
                     displacement_case_t{"gridview:refresh", "g1", "viewpoint:set", nullptr, true},
                     displacement_case_t{"knob:get", nullptr, "viewpoint:set", nullptr, true},
@@ -191,6 +192,21 @@ TEST_F(SchedulerTest, ChangingRequestsRunOneAtATimeInTheirOrder) {
     checkpoints.open("1");
     client->waitForAnswer("3");
     EXPECT_EQ(client->sent(), (answers_t{"4 ok", "1 ok", "2 ok", "3 ok"}));
+}
+
+TEST_F(SchedulerTest, ManyWaitingRequestsCostLittleAndOneMoreIsRefused) {
+    scheduleHeld("first", "filter:set");
+    const auto before = ::mallinfo2().uordblks;
+    for (std::size_t i = 0; i < RequestScheduler::mostWaiting; ++i)
+        schedule(std::to_string(i), "filter:set");
+    EXPECT_LT(::mallinfo2().uordblks - before, RequestScheduler::mostWaiting * 8'000);
+    EXPECT_EQ(trySchedule("more", "work:get").as_string(),
+              "FailedTo.Process.This.Operation: Too many requests wait: at most 10000 may");
+    scheduler.cancelRequest("17");
+    schedule("as many", "work:get");
+    EXPECT_EQ(client->waitForAnswer("as many"), answers_t{"ok"});
+    checkpoints.open("first");
+    EXPECT_EQ(client->waitForAnswer("9999"), answers_t{"ok"});
 }
 
 TEST_F(SchedulerTest, FilterChangeCancelsWhatDependsOnTheFilter) {
