@@ -194,6 +194,18 @@ TEST_F(SchedulerTest, ChangingRequestsRunOneAtATimeInTheirOrder) {
     EXPECT_EQ(client->sent(), (answers_t{"4 ok", "1 ok", "2 ok", "3 ok"}));
 }
 
+TEST_F(SchedulerTest, BusyGridLeavesThreadsToTheOthers) {
+    constexpr unsigned requests = 2 * bk2::task_system_t::most_lent_places;
+    for (unsigned i = 0; i < requests; ++i)
+        schedule(std::to_string(i), "gridview:scroll", {{"gridid", "busy"}, {"lend", ""}});
+    schedule("other", "gridview:scroll", {{"gridid", "other"}});
+    EXPECT_EQ(client->waitForAnswer("other"), answers_t{"ok"});
+    checkpoints.waitFor("lent", StartOrder::mostOfOneGrid);
+    EXPECT_EQ(checkpoints.count("lent"), StartOrder::mostOfOneGrid);
+    checkpoints.open("lent");
+    EXPECT_EQ(client->waitForAnswer(std::to_string(requests - 1)), answers_t{"ok"});
+}
+
 TEST_F(SchedulerTest, ManyWaitingRequestsCostLittleAndOneMoreIsRefused) {
     scheduleHeld("first", "filter:set");
     const auto before = ::mallinfo2().uordblks;

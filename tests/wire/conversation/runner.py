@@ -1,5 +1,6 @@
 """Speaks one script to the real host."""
 
+import os
 import tempfile
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -171,6 +172,15 @@ class _Run:
         """file NAME: what a request has written to %folder%/NAME."""
         text = (self._folder / step.words[0]).read_text(encoding="utf-8")
         self._check(step, text.removesuffix("\n"))
+
+    def _do_pipe(self, step: Step) -> None:
+        """pipe NAME: makes %folder%/NAME, a pipe that nobody reads yet."""
+        os.mkfifo(self._folder / step.words[0])
+
+    def _do_read(self, step: Step) -> None:
+        """read NAME [BYTES]: reads that much of a pipe, or all, and leaves it."""
+        with open(self._folder / step.words[0], "rb", buffering=0) as pipe:
+            pipe.read(int(step.words[1])) if len(step.words) > 1 else pipe.readall()
 
     def _do_settle(self, step: Step) -> None:
         """settle: every request that was asked gets its one answer, whatever it is."""
