@@ -40,6 +40,7 @@ bk2::error_code_t HostSession::connect(const server_address_t& server, const std
 
 void HostSession::close() {
     m_scheduler.stop();
+    m_socketEvents.stopPausing();
     const auto error = m_client->closeConnection();
     if (error.failed()) logkit1::log(logkit1::level_t::error, error.as_string());
     m_tasks.stop();
