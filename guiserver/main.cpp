@@ -1,5 +1,6 @@
 #include "basekit/broken_pipes.h"
 #include "logkit/component_logger.h"
+#include "portkit/terminal_text.h"
 #include "relay_options.h"
 #include "relay_server.h"
 
@@ -18,7 +19,7 @@ int main(int argc, char** argv) {
         server.run();
         return 0;
     } catch (const std::exception& error) {
-        std::cerr << "panedeck-guiserver: " << error.what() << std::endl;
+        std::cerr << "panedeck-guiserver: " << portkit2::terminal_text(error.what()) << std::endl;
         return 1;
     }
 }

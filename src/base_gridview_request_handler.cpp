@@ -65,6 +65,20 @@ BaseGridViewRequestHandler::processExportToCsvRequest(const bk2::variant_bag_t& 
     return bk2::error_code_t::success();
 }
 
+bk2::error_code_t BaseGridViewRequestHandler::exportToFile(const std::string& filePath,
+                                                           const bk2::sptr_t<GridModel>& model,
+                                                           notifykit2::IProgress* progress) const {
+    if (const auto code = requireModel(model); code.failed()) return code;
+    GridModel::Lock lock(model);
+    const auto writer = createCSVWriter(filePath, ',');
+    PANEDECK_REQUIRE(writer->hasValidFileStream(), "writer->hasValidFileStream()",
+                     bk2::kinds::failed_to_open_this_object, filePath);
+    if (const auto code = model->exportToCsv(writer, progress); code.failed()) return code;
+    PANEDECK_REQUIRE(writer->flush(), "writer->flush()", bk2::kinds::failed_to_process_the_object,
+                     "The file could not be written to its end: " + filePath);
+    return bk2::error_code_t::success();
+}
+
 bk2::error_code_t
 BaseGridViewRequestHandler::processCopyRowsRequest(bk2::variant_bag_t& answer,
                                                    const bk2::sptr_t<GridModel>& model) const {

@@ -180,6 +180,12 @@ GridViewRequestHandler::addFocusObjectInfoToQuery(const bk2::sptr_t<slicerkit1::
     return query->setFocusObject(focusQuery, objectid);
 }
 
+error_code_t GridViewRequestHandler::exportGrid(const variant_bag_t& request, const std::string& filePath,
+                                                notifykit2::IProgress* progress) {
+    return m_modelRequests.exportToFile(filePath, m_gridModels.find(readText(request, "gridid", "")),
+                                        progress);
+}
+
 error_code_t GridViewRequestHandler::processColumnStateRequest(const variant_bag_t& request) const {
     const Model model = m_gridModels.find(readText(request, "gridid", ""));
     if (const auto code = requireModel(model); code.failed()) return code;

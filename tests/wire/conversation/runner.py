@@ -58,6 +58,8 @@ class _Run:
         self._programs = programs
         self._config = config
         self._folder = folder
+        self._exports = folder / "exports"
+        self._exports.mkdir(mode=0o700)
         self._peer = Peer(setting.single_bytes)
         self._host: Host | None = None
         self._outcome = Outcome()
@@ -104,7 +106,7 @@ class _Run:
 
     def _start_host(self) -> None:
         arguments = ["--server", self._peer.address, "--token", TOKEN, "--role", "wire tests"]
-        arguments += ["--user-dir", str(self._folder / "user")]
+        arguments += ["--user-dir", str(self._folder / "user"), "--export-dir", str(self._exports)]
         if self._config:
             arguments += ["--config-dir", str(self._config)]
         arguments += [str(path) for path in self._results]
@@ -169,9 +171,9 @@ class _Run:
         self._check(step, text if text is not None else "no failure but:\n" + frame.shown)
 
     def _do_file(self, step: Step) -> None:
-        """file NAME: what a request has written to %folder%/NAME."""
-        text = (self._folder / step.words[0]).read_text(encoding="utf-8")
-        self._check(step, text.removesuffix("\n"))
+        """file NAME: what a request has written to %folder%/NAME; NAME may be a pattern, for several files."""
+        texts = [path.read_text(encoding="utf-8") for path in sorted(self._folder.glob(step.words[0]))]
+        self._check(step, "".join(texts).removesuffix("\n"))
 
     def _do_pipe(self, step: Step) -> None:
         """pipe NAME: makes %folder%/NAME, a pipe that nobody reads yet."""
