@@ -25,8 +25,8 @@ namespace panedeck::host {
 /// Decides when each request runs and which ones are cancelled.
 ///
 /// - A new request cancels what it displaces, by the answers of the dispatcher's strategy. Between two
-///   requests that both name a grid it does so only on the same grid: after a data change all grids refresh
-///   at once, and none must cancel the others.
+///   requests of the grid view it does so only on the same grid: after a data change all grids refresh at
+///   once, and none must cancel the others.
 /// - An exclusive request starts when everything that it displaces has left its thread, and later requests
 ///   that it would displace wait for its end. All others run on, so that no refresh waits behind an open file
 ///   dialog.

@@ -36,8 +36,8 @@ public:
 
     const std::string& taskName() const { return m_taskName; }
     const std::string& requestId() const { return m_requestId; }
-    /// The grid that the request names, if it names one. A request to a grid view that names none means the
-    /// grid "".
+    /// The grid that a request of the grid view means: one that names none means the grid "". Nothing for all
+    /// other requests.
     const std::optional<std::string>& gridId() const { return m_gridId; }
     /// See `isChangingRequest`.
     bool isChanging() const { return m_changing; }

@@ -36,10 +36,10 @@ struct scheduler_entry_t {
 
 /// Says which requests may start. A request starts when
 ///
-///  - all that it was told to wait for have left,
-///  - it is the first of those that change something, if it does: these run one at a time, in their order,
-///  - and, if it names a grid, fewer than `mostOfOneGrid` of that grid are under way: they wait for one
-///    another's locks, and no grid is to take up the threads of all.
+/// - all that it was told to wait for have left,
+/// - it is the first of those that change something, if it does: these run one at a time, in their order,
+/// - and, if it is one of the grid view, fewer than `mostOfOneGrid` of that grid are under way: they wait
+///   for one another's locks, and no grid is to take up the threads of all.
 ///
 /// Takes memory and time linear in the entries, however they wait. Belongs to the scheduler's lock.
 class StartOrder {

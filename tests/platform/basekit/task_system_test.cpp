@@ -64,13 +64,6 @@ TEST(TaskSystem, EveryNamedQueueRunsItsStageOnAThreadOfItsOwn) {
     }
 }
 
-TEST(TaskSystem, ServiceRunsAsManyTasksAtOnceAsItHasThreads) {
-    ASSERT_GE(task_system_t::service_thread_count(), 2u);
-    task_system_t tasks;
-    BusyService busy(tasks); // would never come back if one of them waited for another
-    busy.letGo();
-}
-
 TEST(TaskSystem, TaskThatWaitsLendsItsPlaceUpToABound) {
     constexpr unsigned lent = task_system_t::most_lent_places;
     const unsigned threads = task_system_t::service_thread_count();
@@ -160,18 +153,6 @@ TEST(TaskSystem, RefusesWhatCannotRun) {
     EXPECT_FALSE(tasks.start(late)) << "stopped";
     EXPECT_EQ(counter.checkpoints.count("finished"), 1u);
     EXPECT_EQ(runs, before);
-}
-
-TEST(TaskSystem, TaskWithoutTheFlagRunsAgain) {
-    task_system_t tasks;
-    FinishCounter counter;
-    auto task = makeTask(bk2::queue_names::main, [] {});
-    task->set_flags(0);
-    counter.watch(*task);
-    for (unsigned run = 1; run <= 3; ++run) {
-        ASSERT_TRUE(tasks.start(task));
-        counter.checkpoints.waitFor("finished", run);
-    }
 }
 
 TEST(TaskSystem, StopCancelsWhatRunsAndWhatWaits) {
