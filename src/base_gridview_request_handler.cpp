@@ -70,6 +70,7 @@ bk2::error_code_t BaseGridViewRequestHandler::exportToFile(const std::string& fi
                                                            notifykit2::IProgress* progress) const {
     if (const auto code = requireModel(model); code.failed()) return code;
     GridModel::Lock lock(model);
+    const bk2::task_waiting_scope_t waiting;
     const auto writer = createCSVWriter(filePath, ',');
     PANEDECK_REQUIRE(writer->hasValidFileStream(), "writer->hasValidFileStream()",
                      bk2::kinds::failed_to_open_this_object, filePath);
