@@ -1,3 +1,4 @@
+#include "basekit/broken_pipes.h"
 #include "command_line.h"
 #include "commands.h"
 #include "exit_code.h"
@@ -40,6 +41,7 @@ int run_command(const CommandLine& line) {
 } // namespace
 
 int main(int count, char** arguments) {
+    bk2::ignore_broken_pipes();
     try {
         return run_command(read_command_line(count, arguments));
     } catch (const std::exception& error) {

@@ -14,10 +14,10 @@ bool has_display() {
     return !bk2::get_environ_value("DISPLAY").empty() || !bk2::get_environ_value("WAYLAND_DISPLAY").empty();
 }
 
-bk2::error_code_t show_page(const std::string& url, bool opens_browser) {
-    const auto written = write_output(url + "\n");
+bk2::error_code_t show_page(const Session& session, bool opens_browser) {
+    const auto written = write_output(session.url() + "\n");
     if (written.failed()) return written;
-    if (opens_browser && has_display() && !start_detached("xdg-open", url)) {
+    if (opens_browser && has_display() && !start_detached("xdg-open", session.launch_url())) {
         write_complaint("panedeck: no browser could be started; open the address yourself");
     }
     return written;
@@ -33,7 +33,7 @@ bk2::error_code_t run(const OpenCommand& command) {
     const auto served = wait_for_results(session, signals);
     if (served.is_canceled()) return bk2::error_code_t::success();
     if (served.failed()) return served;
-    if (const auto shown = show_page(session.url(), command.opens_browser); shown.failed()) return shown;
+    if (const auto shown = show_page(session, command.opens_browser); shown.failed()) return shown;
     while (!signals.wait(watch_interval)) {
         // Relay and host reconnect to each other by themselves; one that is gone does not come back.
         if (const auto running = session.check(); running.failed()) return running;

@@ -2,7 +2,7 @@
 find_package(Threads REQUIRED)
 find_package(Boost 1.81 REQUIRED COMPONENTS thread regex filesystem locale)
 find_package(TBB REQUIRED)
-find_package(LibXml2 REQUIRED)
+find_package(EXPAT REQUIRED)
 find_package(SQLite3 REQUIRED)
 find_package(ZLIB REQUIRED)
 find_package(fmt REQUIRED)

@@ -1,6 +1,7 @@
 #include "program/run_host.h"
 
 #include "logkit/component_logger.h"
+#include "portkit/terminal_text.h"
 #include "program/exit_deadline.h"
 #include "program/opening_report.h"
 #include "program/stop_signals.h"
@@ -41,7 +42,7 @@ private:
 
 int fail(const bk2::error_code_t& error) {
     const std::string why = error.message().empty() ? error.as_string() : std::string(error.message());
-    std::fprintf(stderr, "panedeck-host: %s\n", why.c_str());
+    std::fprintf(stderr, "panedeck-host: %s\n", portkit2::terminal_text(why).c_str());
     return 1;
 }
 
@@ -59,13 +60,16 @@ int runHost(const host_options_t& options) {
     locations->setUserDirectory(options.userDirectory);
     locations->setConfigDirectory(options.configDirectory);
 
+    settingshub2::PrivateFolder exports;
+    if (!options.exportDirectory.empty())
+        if (const auto code = exports.open(options.exportDirectory); code.failed()) return fail(code);
     open_results_t results;
     const auto opened =
         openResults(options.results, locations->getConfigDirectory(), stopWish.opening(), results);
     if (opened.is_canceled()) return 0;
     if (opened.failed()) return fail(opened);
 
-    HostSession session(std::move(results));
+    HostSession session(std::move(results), std::move(exports));
     const auto connected = session.connect(options.server, options.role, options.token);
     if (connected.failed()) return fail(connected);
     OpeningReport::finish();

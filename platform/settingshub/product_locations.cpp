@@ -3,6 +3,7 @@
 #include "basekit/environment.h"
 #include "basekit/ref_counted.h"
 
+#include <dlfcn.h>
 #include <filesystem>
 #include <mutex>
 
@@ -20,6 +21,15 @@ std::string default_user_directory() {
     return home.empty() ? "" : home + "/.config/panedeck";
 }
 
+/// The folder of the library that this code is in: a host of someone's own lies elsewhere than our data.
+fs::path library_directory() {
+    Dl_info library{};
+    static const int here = 0;
+    std::error_code error;
+    if (::dladdr(&here, &library) == 0 || !library.dli_fname) return {};
+    return fs::canonical(library.dli_fname, error).parent_path();
+}
+
 class ProductLocations
     : public bk2::ref_counted_t<ProductLocations, bk2::mt_ref_count_impl_t, IProductLocations> {
 public:
@@ -34,12 +44,12 @@ public:
     }
 
     std::string findInstalledFolder(const std::string& name) const override {
-        const fs::path program = getProgramDirectory();
-        for (const char* base : {"../share/panedeck", "../../.."}) {
-            const fs::path folder = (program / base / name).lexically_normal();
-            std::error_code error;
-            if (fs::is_directory(folder, error)) return folder.string();
-        }
+        for (const fs::path& start : {fs::path(getProgramDirectory()), library_directory()})
+            for (const char* base : {"../share/panedeck", "../../share/panedeck", "../../.."}) {
+                const fs::path folder = (start / base / name).lexically_normal();
+                std::error_code error;
+                if (!start.empty() && fs::is_directory(folder, error)) return folder.string();
+            }
         return {};
     }
 

@@ -19,17 +19,15 @@ public:
     static bk2::sptr_t<IProductLocations> get();
 
     /// The folder of the user's settings: what `setUserDirectory` said, else `$XDG_CONFIG_HOME/panedeck`,
-    /// else
-    /// `$HOME/.config/panedeck`. It need not exist.
+    /// else `$HOME/.config/panedeck`. It need not exist.
     virtual std::string getUserDirectory() const = 0;
 
     /// The folder of the product's configuration (queries, viewpoints, catalogs): what `setConfigDirectory`
     /// said, else the installed folder `config`.
     virtual std::string getConfigDirectory() const = 0;
 
-    /// A folder of the product's data, found from the running program: `../share/panedeck/NAME` of an
-    /// installation or
-    /// `../../../NAME` of a build tree. Empty if neither is there.
+    /// A folder of the product's data, found from the running program and then from our library: `NAME` below
+    /// `share/panedeck` of an installation, or in the tree that was built. Empty if there is none.
     virtual std::string findInstalledFolder(const std::string& name) const = 0;
 
     /// The folder that holds the running program.

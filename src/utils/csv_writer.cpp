@@ -31,6 +31,11 @@ void CSVWriter::checkStream() {
     PANEDECK_EXPECT(!m_fileStream.fail(), "!m_fileStream.fail()");
 }
 
+bool CSVWriter::flush() {
+    m_fileStream.flush();
+    return hasValidFileStream();
+}
+
 void CSVWriter::writeHeaderBegin() {
     checkStream();
     m_atLineStart = true;

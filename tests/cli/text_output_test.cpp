@@ -20,7 +20,7 @@ TEST(TextTable, SetsNamesLeftAndNumbersRight) {
                             "------------  --------\n"
                             "größer               5\n"
                             "a very long…  12345678\n"
-                            "?[31m?\n");
+                            "\\x1b[31m\\x0a\n");
 }
 
 variant_bag_t& add_column(variant_bag_t& columns, const char* id, const char* name) {
@@ -79,48 +79,6 @@ TEST(GridAnswer, AnEmptyAnswerIsNoFailureAndAnotherOneIs) {
     variant_bag_t other;
     other.put("x", variant_t(1));
     EXPECT_TRUE(grid_answer_as_text(other, {}, text).failed());
-}
-
-TEST(PaneFrames, WritesRequests) {
-    variant_bag_t parameters;
-    parameters.put_own_value("grouping", variant_t("/Function"));
-    EXPECT_EQ(
-        write_request_frame("7", "grid:get", parameters),
-        "<msg><request><id>7</id><type>grid:get</type><grouping><_>/Function</_></grouping></request></msg>");
-}
-
-TEST(PaneFrames, TakesAnswersOfBothForms) {
-    const struct {
-        const char* frame;
-        const char* id;
-        int outcome;
-        const char* text;
-    } cases[] = {
-        {"<msg><response><requestId>1</requestId><type>grid:get</type><_><a>x</a></_></response></msg>", "1",
-         0, "x"},
-        {R"({"response":{"requestId":"2","serializeAsJson":null,"type":"options:get","":{"a":"x"}}})", "2", 0,
-         "x"},
-        {R"({"response":{"requestId":"3","type":"error","":{"text":"FailedTo: see"}}})", "3", -1,
-         "FailedTo: see"},
-        {R"({"response":{"requestId":"4","type":"canceled"}})", "4", -1, ""},
-        {R"({"response":{"requestId":"5","type":"options:set","":null}})", "5", 0, ""},
-    };
-    for (const auto& entry : cases) {
-        variant_bag_t message;
-        ASSERT_TRUE(read_pane_frame(entry.frame, message).succeeded()) << entry.frame;
-        EXPECT_EQ(response_id(message), entry.id);
-        EXPECT_EQ(event_name(message), "");
-        variant_bag_t answer;
-        const auto result = take_answer(message, answer);
-        EXPECT_EQ(result.value(), entry.outcome);
-        EXPECT_EQ(result.failed() ? result.message() : answer.get_variant("a").text(), entry.text);
-    }
-    variant_bag_t message;
-    ASSERT_TRUE(
-        read_pane_frame("<msg><event><name>relay:libraryLost</name></event></msg>", message).succeeded());
-    EXPECT_EQ(event_name(message), "relay:libraryLost");
-    EXPECT_EQ(response_id(message), "");
-    EXPECT_TRUE(read_pane_frame("neither", message).failed());
 }
 
 } // namespace

@@ -54,13 +54,6 @@ variant_t stored(const bk2::sptr_t<IPropertyStorage>& storage, const std::string
     return storage->readBag(bag, {}).get_variant(name);
 }
 
-TEST_F(PropertyStorageTest, AFreshFolderReadsAsDefaultsInSilence) {
-    EXPECT_EQ(storage()->readBag("none", bag_with("a", 5)).get_variant("a"), variant_t(5));
-    EXPECT_TRUE(storage()->getSubStorage("sub")->readBag("none", {}).is_empty());
-    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
-    EXPECT_EQ(logged_lines, 0);
-}
-
 TEST_F(PropertyStorageTest, KeepsNamedBagsApart) {
     ASSERT_TRUE(storage()->writeBag("a b/c<&>", bag_with("x", "text")).succeeded());
     ASSERT_TRUE(storage()->writeBag("", bag_with("x", true ? 1 : 0)).succeeded());

@@ -1,5 +1,6 @@
 """Speaks one script to the real host."""
 
+import os
 import tempfile
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -57,6 +58,8 @@ class _Run:
         self._programs = programs
         self._config = config
         self._folder = folder
+        self._exports = folder / "exports"
+        self._exports.mkdir(mode=0o700)
         self._peer = Peer(setting.single_bytes)
         self._host: Host | None = None
         self._outcome = Outcome()
@@ -103,7 +106,7 @@ class _Run:
 
     def _start_host(self) -> None:
         arguments = ["--server", self._peer.address, "--token", TOKEN, "--role", "wire tests"]
-        arguments += ["--user-dir", str(self._folder / "user")]
+        arguments += ["--user-dir", str(self._folder / "user"), "--export-dir", str(self._exports)]
         if self._config:
             arguments += ["--config-dir", str(self._config)]
         arguments += [str(path) for path in self._results]
@@ -168,9 +171,18 @@ class _Run:
         self._check(step, text if text is not None else "no failure but:\n" + frame.shown)
 
     def _do_file(self, step: Step) -> None:
-        """file NAME: what a request has written to %folder%/NAME."""
-        text = (self._folder / step.words[0]).read_text(encoding="utf-8")
-        self._check(step, text.removesuffix("\n"))
+        """file NAME: what a request has written to %folder%/NAME; NAME may be a pattern, for several files."""
+        texts = [path.read_text(encoding="utf-8") for path in sorted(self._folder.glob(step.words[0]))]
+        self._check(step, "".join(texts).removesuffix("\n"))
+
+    def _do_pipe(self, step: Step) -> None:
+        """pipe NAME: makes %folder%/NAME, a pipe that nobody reads yet."""
+        os.mkfifo(self._folder / step.words[0])
+
+    def _do_read(self, step: Step) -> None:
+        """read NAME [BYTES]: reads that much of a pipe, or all, and leaves it."""
+        with open(self._folder / step.words[0], "rb", buffering=0) as pipe:
+            pipe.read(int(step.words[1])) if len(step.words) > 1 else pipe.readall()
 
     def _do_settle(self, step: Step) -> None:
         """settle: every request that was asked gets its one answer, whatever it is."""
