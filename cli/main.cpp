@@ -45,7 +45,7 @@ int main(int count, char** arguments) {
     try {
         return run_command(read_command_line(count, arguments));
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "panedeck: %s\n", error.what());
+        write_complaint(std::string("panedeck: ") + error.what());
         return exit_failed;
     }
 }

@@ -1,6 +1,7 @@
 #include "logkit/component_logger.h"
 
 #include "basekit/environment.h"
+#include "portkit/terminal_text.h"
 
 #include <log4cplus/config.hxx>
 #include <log4cplus/configurator.h>
@@ -101,7 +102,8 @@ void log(level_t level, std::string_view text) {
     if (!is_enabled_for(level)) return;
     if (const log_observer_t observer = log_observer.load()) observer(level, text);
     const std::lock_guard lock(writing);
-    component_logger().forcedLog(static_cast<int>(level), std::string(text));
+    component_logger().forcedLog(static_cast<int>(level),
+                                 portkit2::terminal_text(text, portkit2::line_breaks_t::kept));
     revive_standard_streams();
 }
 
