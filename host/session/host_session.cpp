@@ -3,6 +3,7 @@
 #include "handlers/request_handlers.h"
 #include "logkit/component_logger.h"
 #include "session/export_request_handler.h"
+#include "session/profile_request_handler.h"
 #include "transport/sensitive_parameter.h"
 
 #include <utility>
@@ -25,6 +26,7 @@ HostSession::~HostSession() {
 }
 
 void HostSession::addHandlers(settingshub2::PrivateFolder exports) {
+    m_handlers->addRequestHandler(std::make_shared<ProfileRequestHandler>(m_results));
     m_handlers->addRequestHandler(createOptionsRequestHandler(false));
     m_handlers->addRequestHandler(createGridRequestHandler(m_results.library, m_filterMgr, &m_events,
                                                            m_dataLock, m_results.first, m_results.second));
@@ -44,6 +46,7 @@ bk2::error_code_t HostSession::connect(const server_address_t& server, const std
 
 void HostSession::close() {
     m_scheduler.stop();
+    m_socketEvents.stopPausing();
     const auto error = m_client->closeConnection();
     if (error.failed()) logkit1::log(logkit1::level_t::error, error.as_string());
     m_tasks.stop();
