@@ -39,6 +39,7 @@ void become_child() {
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::signal(SIGPIPE, SIG_DFL); // which this program ignores
     ::setpgid(0, 0);
     const int nothing = ::open("/dev/null", O_RDWR);
     ::dup2(nothing, STDIN_FILENO);
@@ -87,9 +88,18 @@ bk2::error_code_t ChildProcess::start(const std::vector<std::string>& arguments,
 }
 
 bk2::error_code_t ChildProcess::read_line(std::string& line, std::chrono::milliseconds patience) {
+    bool has_line = false;
+    const auto polled = poll_line(line, has_line, patience);
+    return polled.failed() || has_line ? polled : bk2::error_code_t::failure(m_name + " says nothing");
+}
+
+bk2::error_code_t ChildProcess::poll_line(std::string& line, bool& has_line,
+                                          std::chrono::milliseconds patience) {
     const auto deadline = steady_clock::now() + patience;
     for (;;) {
-        if (const auto end = m_pending.find('\n'); end != std::string::npos) {
+        const auto end = m_pending.find('\n');
+        has_line = end != std::string::npos;
+        if (has_line) {
             line = m_pending.substr(0, end);
             m_pending.erase(0, end + 1);
             return bk2::error_code_t::success();
@@ -97,9 +107,8 @@ bk2::error_code_t ChildProcess::read_line(std::string& line, std::chrono::millis
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - steady_clock::now()).count();
         pollfd readable{m_output, POLLIN, 0};
-        if (left <= 0 || ::poll(&readable, 1, static_cast<int>(left)) == 0) {
-            return bk2::error_code_t::failure(m_name + " says nothing");
-        }
+        if (left <= 0 || ::poll(&readable, 1, static_cast<int>(left)) == 0)
+            return bk2::error_code_t::success();
         char block[4096];
         const ssize_t size = ::read(m_output, block, sizeof block);
         if (size == 0) return bk2::error_code_t::failure(m_name + " ended early");

@@ -28,6 +28,8 @@ public:
     /// The next line of its standard output, without the line end; fails after `patience`, or when the output
     /// ends first.
     bk2::error_code_t read_line(std::string& line, std::chrono::milliseconds patience);
+    /// The same, but no line within `patience` is no failure; `has_line` tells whether there is one.
+    bk2::error_code_t poll_line(std::string& line, bool& has_line, std::chrono::milliseconds patience);
 
     /// Whether it still runs. Never waits.
     bool is_running();

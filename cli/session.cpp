@@ -1,10 +1,12 @@
 #include "session.h"
 
 #include "basekit/random_text.h"
+#include "opening_display.h"
 #include "portkit/percent_encode.h"
 #include "settingshub/product_locations.h"
 
 #include <filesystem>
+#include <thread>
 
 namespace panedeck::cli {
 
@@ -13,6 +15,8 @@ namespace {
 using settingshub2::IProductLocations;
 
 constexpr std::chrono::seconds startup_patience{20};
+constexpr std::chrono::milliseconds wait_grain{50};
+constexpr std::chrono::seconds ending_patience{2};
 constexpr unsigned token_bytes = 16;
 const std::string token_variable = "PANEDECK_TOKEN=";
 constexpr char sample_result[] = "en/C++/matrix_results/r000hs";
@@ -51,9 +55,8 @@ std::string find_web_directory(const std::string& given) {
 bk2::error_code_t Session::start(const SessionParameters& parameters) {
     m_token = bk2::random_hex_digits(token_bytes);
     if (const auto made = make_folders(); made.failed()) return made;
-    if (const auto started = start_relay(find_web_directory(parameters.web_directory)); started.failed()) {
-        return started;
-    }
+    const auto started = start_relay(find_web_directory(parameters.web_directory), parameters.port);
+    if (started.failed()) return started;
     if (const auto written = write_launch_file(); written.failed()) return written;
     return start_host(parameters);
 }
@@ -63,13 +66,13 @@ bk2::error_code_t Session::make_folders() {
     return made.failed() ? made : m_folder.make_folder("exports", m_export_directory);
 }
 
-bk2::error_code_t Session::start_relay(const std::string& web_directory) {
+bk2::error_code_t Session::start_relay(const std::string& web_directory, unsigned port) {
     if (web_directory.empty())
         return bk2::error_code_t::failure("the folder of the web page is not installed");
-    const auto started =
-        m_relay.start({program_path("panedeck-guiserver"), "--http", "127.0.0.1:0", "--library",
-                       "127.0.0.1:0", "--web", web_directory, "--export-dir", m_export_directory},
-                      {token_variable + m_token});
+    const auto started = m_relay.start({program_path("panedeck-guiserver"), "--http",
+                                        "127.0.0.1:" + std::to_string(port), "--library", "127.0.0.1:0",
+                                        "--web", web_directory, "--export-dir", m_export_directory},
+                                       {token_variable + m_token});
     return started.failed() ? started : read_relay_addresses();
 }
 
@@ -130,6 +133,30 @@ bk2::error_code_t Session::start_host(const SessionParameters& parameters) {
         arguments.push_back(sample);
     }
     return m_host.start(arguments, {token_variable + m_token});
+}
+
+bk2::error_code_t Session::wait_until_served(notifykit2::IProgress& progress) {
+    OpeningDisplay display(progress);
+    std::string line;
+    while (line != "serving") {
+        if (progress.is_canceled()) return bk2::error_code_t::canceled();
+        bool has_line = false;
+        if (const auto polled = m_host.poll_line(line, has_line, wait_grain); polled.failed())
+            return reason_of_end(polled);
+        if (has_line) display.show(line);
+    }
+    return bk2::error_code_t::success();
+}
+
+/// A program's output ends a moment before the program does.
+bk2::error_code_t Session::reason_of_end(const bk2::error_code_t& end_of_output) {
+    const auto deadline = std::chrono::steady_clock::now() + ending_patience;
+    auto running = check();
+    while (running.succeeded() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(wait_grain);
+        running = check();
+    }
+    return running.failed() ? running : end_of_output;
 }
 
 void Session::stop() {

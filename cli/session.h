@@ -2,6 +2,7 @@
 
 #include "basekit/error_code.h"
 #include "child_process.h"
+#include "notifykit/progress.h"
 #include "session_folder.h"
 
 #include <string>
@@ -16,6 +17,7 @@ struct SessionParameters {
     std::string user_directory;
     std::string config_directory;
     std::string web_directory;
+    unsigned port = 0; ///< of the page; 0 is a free one
 };
 
 /// The relay and the host that a person's view of a result needs, running as long as this object lives.
@@ -25,6 +27,10 @@ public:
     /// returns. Both get the session's token in the variable `PANEDECK_TOKEN` and share a folder for
     /// downloads. Fails in one line if a program or a folder is missing or a program does not come up.
     bk2::error_code_t start(const SessionParameters& parameters);
+
+    /// Waits until the host has opened its results and shows in `progress` how far that is. A cancelled
+    /// progress ends the wait with the cancelled error. Else fails as `check` does.
+    bk2::error_code_t wait_until_served(notifykit2::IProgress& progress);
 
     /// Stops the host, then the relay, and removes what they left.
     void stop();
@@ -45,10 +51,11 @@ public:
 
 private:
     bk2::error_code_t make_folders();
-    bk2::error_code_t start_relay(const std::string& web_directory);
+    bk2::error_code_t start_relay(const std::string& web_directory, unsigned port);
     bk2::error_code_t read_relay_addresses();
     void take_relay_address(const std::string& line);
     bk2::error_code_t write_launch_file();
+    bk2::error_code_t reason_of_end(const bk2::error_code_t& end_of_output);
     bk2::error_code_t start_host(const SessionParameters& parameters);
 
     std::string m_token;

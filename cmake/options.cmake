@@ -15,6 +15,7 @@ set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
 # Where the sources are, seen from the build: a compiler cache may call the compiler with such names.
 file(RELATIVE_PATH PANEDECK_SOURCE_FROM_BUILD ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" PANEDECK_SOURCE_FROM_BUILD "${PANEDECK_SOURCE_FROM_BUILD}")
 
 add_library(panedeck_flags INTERFACE)
 target_compile_options(panedeck_flags INTERFACE

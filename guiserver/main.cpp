@@ -1,3 +1,4 @@
+#include "basekit/broken_pipes.h"
 #include "logkit/component_logger.h"
 #include "portkit/terminal_text.h"
 #include "relay_options.h"
@@ -8,6 +9,7 @@
 
 int main(int argc, char** argv) {
     using namespace panedeck::guiserver;
+    bk2::ignore_broken_pipes();
     const ParsedCommandLine parsed = parse_command_line(argc, argv);
     if (!parsed.options) return parsed.exit_code;
     try {

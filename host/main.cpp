@@ -1,3 +1,4 @@
+#include "basekit/broken_pipes.h"
 #include "portkit/terminal_text.h"
 #include "program/host_options.h"
 #include "program/run_host.h"
@@ -6,6 +7,7 @@
 #include <variant>
 
 int main(int argc, char** argv) {
+    bk2::ignore_broken_pipes();
     const auto parsed = panedeck::host::parseHostOptions(argc, argv);
     if (const auto* exit = std::get_if<panedeck::host::early_exit_t>(&parsed)) {
         const bool isHelp = exit->exitCode == 0;

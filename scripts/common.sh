@@ -6,8 +6,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 packages=(
     g++ cmake ninja-build ccache pkg-config python3 ca-certificates
     libboost1.81-dev libboost-thread1.81-dev libboost-regex1.81-dev libboost-filesystem1.81-dev
-    libboost-locale1.81-dev gettext rapidjson-dev libtbb-dev liblog4cplus-dev libxml2-dev libsqlite3-dev
-    libfmt-dev libcli11-dev libtsl-ordered-map-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libboost-locale1.81-dev gettext rapidjson-dev libtbb-dev liblog4cplus-dev libexpat1-dev libxml2-dev
+    libsqlite3-dev libfmt-dev libcli11-dev libtsl-ordered-map-dev zlib1g-dev libsodium-dev libxxhash-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
 )
 
 say() { printf '%s\n' "$*" >&2; }

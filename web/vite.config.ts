@@ -14,7 +14,6 @@ export default defineConfig({
     test: {
         environment: 'node',
         include: ['tests/**/*.test.ts'],
-        setupFiles: ['tests/setup.ts'],
         sequence: { shuffle: true },
         // Generous: a loaded machine is no fault.
         testTimeout: 60_000,

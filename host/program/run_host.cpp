@@ -1,9 +1,9 @@
 #include "program/run_host.h"
 
 #include "logkit/component_logger.h"
-#include "notifykit/progress.h"
 #include "portkit/terminal_text.h"
 #include "program/exit_deadline.h"
+#include "program/opening_report.h"
 #include "program/stop_signals.h"
 #include "session/host_session.h"
 #include "session/open_results.h"
@@ -36,7 +36,7 @@ public:
     notifykit2::IProgress* opening() { return m_opening.get(); }
 
 private:
-    bk2::sptr_t<notifykit2::IProgress> m_opening = notifykit2::IDevNullProgress::create();
+    bk2::sptr_t<OpeningReport> m_opening = bk2::make_sptr<OpeningReport>();
     std::once_flag m_once;
     std::promise<void> m_made;
 };
@@ -74,6 +74,7 @@ int runHost(const host_options_t& options) {
     HostSession session(std::move(results), std::move(exports));
     const auto connected = session.connect(options.server, options.role, options.token);
     if (connected.failed()) return fail(connected);
+    OpeningReport::finish();
     stopWish.wait();
     session.close();
     return 0;

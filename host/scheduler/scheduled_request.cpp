@@ -1,5 +1,6 @@
 #include "scheduler/scheduled_request.h"
 
+#include "dispatch/request_type.h"
 #include "logkit/component_logger.h"
 #include "scheduler/changing_requests.h"
 
@@ -10,10 +11,11 @@ namespace panedeck::host {
 
 namespace {
 
-std::optional<std::string> gridIdOf(const bk2::variant_bag_t& request) {
+// By the task name: what goes by the name of a grid view request, such as a download, is one.
+std::optional<std::string> gridIdOf(const std::string& taskName, const bk2::variant_bag_t& request) {
+    if (splitRequestType(taskName).domain != "gridview") return std::nullopt;
     const auto* value = request.get_own_value("gridid");
-    if (!value || !value->is_narrow_text()) return std::nullopt;
-    return std::string(value->text());
+    return value ? std::string(value->text()) : std::string();
 }
 
 } // namespace
@@ -21,10 +23,11 @@ std::optional<std::string> gridIdOf(const bk2::variant_bag_t& request) {
 ScheduledRequest::ScheduledRequest(std::string taskName, std::string requestId, std::string requestType,
                                    bk2::variant_bag_t& request, std::shared_ptr<IRequestHandler> dispatcher,
                                    bk2::sptr_t<ISocketClient> client)
-    : m_taskName(std::move(taskName)), m_requestId(std::move(requestId)), m_gridId(gridIdOf(request)),
-      m_changing(isChangingRequest(requestType)), m_dispatcher(std::move(dispatcher)),
-      m_client(std::move(client)), m_task(bk2::make_sptr<RequestTask>(m_taskName, m_requestId.c_str(),
-                                                                      requestType.c_str(), &request, this)) {}
+    : m_taskName(std::move(taskName)), m_requestId(std::move(requestId)),
+      m_gridId(gridIdOf(m_taskName, request)), m_changing(isChangingRequest(requestType)),
+      m_dispatcher(std::move(dispatcher)), m_client(std::move(client)),
+      m_task(bk2::make_sptr<RequestTask>(m_taskName, m_requestId.c_str(), requestType.c_str(), &request,
+                                         this)) {}
 
 void ScheduledRequest::cancel() {
     if (close() && !m_requestId.empty()) {
@@ -42,6 +45,7 @@ void ScheduledRequest::abandon() {
 bk2::error_code_t ScheduledRequest::handleTaskRequest(const char* requestId, const char* requestType,
                                                       bk2::variant_bag_t& request,
                                                       notifykit2::IProgress* progress) {
+    if (m_begun) m_begun();
     bk2::variant_bag_t response;
     const auto result = dispatch(requestType, request, response, progress);
     if (result.failed()) return result;

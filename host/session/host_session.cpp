@@ -4,6 +4,7 @@
 #include "logkit/component_logger.h"
 #include "portkit/catalog.h"
 #include "session/export_request_handler.h"
+#include "session/profile_request_handler.h"
 #include "session/session_services.h"
 #include "transport/sensitive_parameter.h"
 
@@ -28,6 +29,7 @@ HostSession::~HostSession() {
 }
 
 void HostSession::addHandlers(settingshub2::PrivateFolder exports) {
+    m_handlers->addRequestHandler(std::make_shared<ProfileRequestHandler>(m_results));
     m_handlers->addRequestHandler(createOptionsRequestHandler(false));
     addSessionServices(*m_handlers, m_results);
     m_handlers->addRequestHandler(createGridRequestHandler(m_results.library, m_filterMgr, &m_events,
@@ -48,6 +50,7 @@ bk2::error_code_t HostSession::connect(const server_address_t& server, const std
 
 void HostSession::close() {
     m_scheduler.stop();
+    m_socketEvents.stopPausing();
     const auto error = m_client->closeConnection();
     if (error.failed()) logkit1::log(logkit1::level_t::error, error.as_string());
     m_tasks.stop();

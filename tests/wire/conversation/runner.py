@@ -1,5 +1,6 @@
 """Speaks one script to the real host."""
 
+import os
 import tempfile
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -183,6 +184,15 @@ class _Run:
         texts = [path.read_text(encoding="utf-8") for path in sorted(self._folder.glob(step.words[0]))]
         self._check(step, "".join(texts).removesuffix("\n"))
 
+    def _do_pipe(self, step: Step) -> None:
+        """pipe NAME: makes %folder%/NAME, a pipe that nobody reads yet."""
+        os.mkfifo(self._folder / step.words[0])
+
+    def _do_read(self, step: Step) -> None:
+        """read NAME [BYTES]: reads that much of a pipe, or all, and leaves it."""
+        with open(self._folder / step.words[0], "rb", buffering=0) as pipe:
+            pipe.read(int(step.words[1])) if len(step.words) > 1 else pipe.readall()
+
     def _do_settle(self, step: Step) -> None:
         """settle: every request that was asked gets its one answer, whatever it is."""
         self._flush()
@@ -238,7 +248,7 @@ class _Run:
             self._keep(frame)
 
     def _taken(self, frame: Frame) -> Frame:
-        frame.shown = self._row_ids.hide(frame.shown)
+        frame.shown = self._row_ids.hide(frame.shown).replace(str(self._folder), "%folder%")
         if frame.request_id is not None:
             self._asked.remove(frame.request_id)
         # While others are under way the grid need not be as it was.
