@@ -24,10 +24,11 @@ bk2::error_code_t system_failure(const std::string& what, int error) {
     return bk2::error_code_t::failure(what + ": " + std::generic_category().message(error));
 }
 
-std::vector<char*> argument_pointers(const std::vector<std::string>& arguments) {
+/// As the calls of the exec family take arguments and environments; made ahead of fork.
+std::vector<char*> pointers_to(const std::vector<std::string>& texts) {
     std::vector<char*> pointers;
-    for (const std::string& argument : arguments) {
-        pointers.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& text : texts) {
+        pointers.push_back(const_cast<char*>(text.c_str()));
     }
     pointers.push_back(nullptr);
     return pointers;
@@ -38,6 +39,7 @@ void become_child() {
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::signal(SIGPIPE, SIG_DFL); // which this program ignores
     ::setpgid(0, 0);
     const int nothing = ::open("/dev/null", O_RDWR);
     ::dup2(nothing, STDIN_FILENO);
@@ -50,12 +52,24 @@ ChildProcess::~ChildProcess() {
     if (m_output >= 0) ::close(m_output);
 }
 
-bk2::error_code_t ChildProcess::start(const std::vector<std::string>& arguments) {
+std::vector<std::string> child_environment(const std::vector<std::string>& variables) {
+    std::vector<std::string> result;
+    for (char** variable = environ; *variable; ++variable) {
+        if (!std::string_view(*variable).starts_with("PANEDECK_TOKEN=")) result.emplace_back(*variable);
+    }
+    result.insert(result.end(), variables.begin(), variables.end());
+    return result;
+}
+
+bk2::error_code_t ChildProcess::start(const std::vector<std::string>& arguments,
+                                      const std::vector<std::string>& variables) {
     m_name = std::filesystem::path(arguments.front()).filename().string();
     if (::access(arguments.front().c_str(), X_OK) != 0) return system_failure(arguments.front(), errno);
     int output[2];
     if (::pipe2(output, O_CLOEXEC) != 0) return system_failure(m_name, errno);
-    std::vector<char*> pointers = argument_pointers(arguments);
+    const std::vector<std::string> environment = child_environment(variables);
+    const std::vector<char*> argument_pointers = pointers_to(arguments);
+    const std::vector<char*> environment_pointers = pointers_to(environment);
     const pid_t parent = ::getpid();
     m_pid = ::fork();
     if (m_pid == 0) {
@@ -64,7 +78,7 @@ bk2::error_code_t ChildProcess::start(const std::vector<std::string>& arguments)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         // The parent may have gone before the request above.
         if (::getppid() != parent) ::_exit(exit_code_not_started);
-        ::execv(pointers.front(), pointers.data());
+        ::execve(argument_pointers.front(), argument_pointers.data(), environment_pointers.data());
         ::_exit(exit_code_not_started);
     }
     const int error = errno;
@@ -74,9 +88,18 @@ bk2::error_code_t ChildProcess::start(const std::vector<std::string>& arguments)
 }
 
 bk2::error_code_t ChildProcess::read_line(std::string& line, std::chrono::milliseconds patience) {
+    bool has_line = false;
+    const auto polled = poll_line(line, has_line, patience);
+    return polled.failed() || has_line ? polled : bk2::error_code_t::failure(m_name + " says nothing");
+}
+
+bk2::error_code_t ChildProcess::poll_line(std::string& line, bool& has_line,
+                                          std::chrono::milliseconds patience) {
     const auto deadline = steady_clock::now() + patience;
     for (;;) {
-        if (const auto end = m_pending.find('\n'); end != std::string::npos) {
+        const auto end = m_pending.find('\n');
+        has_line = end != std::string::npos;
+        if (has_line) {
             line = m_pending.substr(0, end);
             m_pending.erase(0, end + 1);
             return bk2::error_code_t::success();
@@ -84,9 +107,8 @@ bk2::error_code_t ChildProcess::read_line(std::string& line, std::chrono::millis
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - steady_clock::now()).count();
         pollfd readable{m_output, POLLIN, 0};
-        if (left <= 0 || ::poll(&readable, 1, static_cast<int>(left)) == 0) {
-            return bk2::error_code_t::failure(m_name + " says nothing");
-        }
+        if (left <= 0 || ::poll(&readable, 1, static_cast<int>(left)) == 0)
+            return bk2::error_code_t::success();
         char block[4096];
         const ssize_t size = ::read(m_output, block, sizeof block);
         if (size == 0) return bk2::error_code_t::failure(m_name + " ended early");
@@ -129,6 +151,10 @@ bool ChildProcess::wait_until(steady_clock::time_point deadline) {
 }
 
 bool start_detached(const std::string& program, const std::string& argument) {
+    const std::vector<std::string> arguments{program, argument};
+    const std::vector<std::string> environment = child_environment({});
+    const std::vector<char*> argument_pointers = pointers_to(arguments);
+    const std::vector<char*> environment_pointers = pointers_to(environment);
     int started[2]; // closed by a successful exec, written to by a failed one
     if (::pipe2(started, O_CLOEXEC) != 0) return false;
     const pid_t child = ::fork();
@@ -138,7 +164,7 @@ bool start_detached(const std::string& program, const std::string& argument) {
         ::dup2(STDIN_FILENO, STDERR_FILENO);
         // Twice, so that it is no child of this program: nobody will wait for it.
         if (::fork() == 0) {
-            ::execlp(program.c_str(), program.c_str(), argument.c_str(), nullptr);
+            ::execvpe(program.c_str(), argument_pointers.data(), environment_pointers.data());
             [[maybe_unused]] const ssize_t told = ::write(started[1], "", 1);
         }
         ::_exit(exit_code_not_started);

@@ -19,13 +19,17 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// Starts `arguments[0]` (a path) with the rest as its arguments. Its standard output comes to
-    /// `read_line`, its standard error is this program's, its standard input is empty.
-    bk2::error_code_t start(const std::vector<std::string>& arguments);
+    /// Starts `arguments[0]` (a path) with the rest as its arguments and the environment that
+    /// `child_environment` makes with `variables`. Its standard output comes to `read_line`, its standard
+    /// error is this program's, its standard input is empty.
+    bk2::error_code_t start(const std::vector<std::string>& arguments,
+                            const std::vector<std::string>& variables = {});
 
     /// The next line of its standard output, without the line end; fails after `patience`, or when the output
     /// ends first.
     bk2::error_code_t read_line(std::string& line, std::chrono::milliseconds patience);
+    /// The same, but no line within `patience` is no failure; `has_line` tells whether there is one.
+    bk2::error_code_t poll_line(std::string& line, bool& has_line, std::chrono::milliseconds patience);
 
     /// Whether it still runs. Never waits.
     bool is_running();
@@ -49,6 +53,10 @@ private:
     int m_status = -1;
     std::string m_pending; ///< output that has been read beyond the last line
 };
+
+/// The environment of a program that this one starts: its own without `PANEDECK_TOKEN`, and `variables`, each
+/// "NAME=VALUE". So a session's secret reaches only who is to have it.
+std::vector<std::string> child_environment(const std::vector<std::string>& variables);
 
 /// Starts a program that nobody waits for (a browser), without output. False if it is not on the search path.
 bool start_detached(const std::string& program, const std::string& argument);

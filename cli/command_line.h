@@ -27,9 +27,10 @@ struct CheckCommand {
     unsigned timeout_seconds = 600;
 };
 
-/// Nothing to run: help was shown or the usage was wrong, and the text is already printed.
+/// Nothing to run: help or the version was asked for, or the usage was wrong.
 struct NoCommand {
     int exit_code = 0;
+    std::string text; ///< several lines; for standard output if the exit code is 0, else for standard error
 };
 
 /// What the user asked for, with the settings that hold for every command.
@@ -38,7 +39,7 @@ struct CommandLine {
     std::string user_directory;
 };
 
-/// Reads the command line. Prints help or what is wrong with it, and then gives `NoCommand`.
+/// Reads the command line; prints nothing. Gives `NoCommand` for help and for what is wrong, which it names.
 CommandLine read_command_line(int count, const char* const* arguments);
 
 } // namespace panedeck::cli

@@ -1,8 +1,8 @@
 #include "basekit/environment.h"
 #include "commands.h"
+#include "opening_wait.h"
+#include "output.h"
 #include "stop_signals.h"
-
-#include <cstdio>
 
 namespace panedeck::cli {
 
@@ -14,12 +14,13 @@ bool has_display() {
     return !bk2::get_environ_value("DISPLAY").empty() || !bk2::get_environ_value("WAYLAND_DISPLAY").empty();
 }
 
-void show_page(const std::string& url, bool opens_browser) {
-    std::printf("%s\n", url.c_str());
-    std::fflush(stdout);
-    if (opens_browser && has_display() && !start_detached("xdg-open", url)) {
-        std::fprintf(stderr, "panedeck: no browser could be started; open the address yourself\n");
+bk2::error_code_t show_page(const Session& session, bool opens_browser) {
+    const auto written = write_output(session.url() + "\n");
+    if (written.failed()) return written;
+    if (opens_browser && has_display() && !start_detached("xdg-open", session.launch_url())) {
+        write_complaint("panedeck: no browser could be started; open the address yourself");
     }
+    return written;
 }
 
 } // namespace
@@ -28,7 +29,11 @@ bk2::error_code_t run(const OpenCommand& command) {
     StopSignals signals;
     Session session;
     if (const auto started = session.start(command.session); started.failed()) return started;
-    show_page(session.url(), command.opens_browser);
+    // To be stopped is how this command ends, at whatever stage.
+    const auto served = wait_for_results(session, signals);
+    if (served.is_canceled()) return bk2::error_code_t::success();
+    if (served.failed()) return served;
+    if (const auto shown = show_page(session, command.opens_browser); shown.failed()) return shown;
     while (!signals.wait(watch_interval)) {
         // Relay and host reconnect to each other by themselves; one that is gone does not come back.
         if (const auto running = session.check(); running.failed()) return running;

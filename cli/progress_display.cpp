@@ -1,5 +1,7 @@
 #include "progress_display.h"
 
+#include "portkit/terminal_text.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <unistd.h>
@@ -29,13 +31,13 @@ ProgressDisplay::~ProgressDisplay() {
 void ProgressDisplay::start(const std::string& text, std::uint64_t total) {
     const std::lock_guard lock(m_mutex);
     end_line();
-    m_text = text;
+    m_text = portkit2::terminal_text(text);
     m_total = total;
     m_shown_percent = 0;
     if (m_on_terminal)
         draw_bar(0);
     else
-        std::fprintf(stderr, "%s\n", text.c_str());
+        std::fprintf(stderr, "%s\n", m_text.c_str());
 }
 
 void ProgressDisplay::advance_to(std::uint64_t done) {

@@ -1,12 +1,12 @@
 #include "session.h"
 
+#include "basekit/random_text.h"
+#include "opening_display.h"
+#include "portkit/percent_encode.h"
 #include "settingshub/product_locations.h"
 
-#include <fmt/format.h>
-
-#include <cerrno>
 #include <filesystem>
-#include <sys/random.h>
+#include <thread>
 
 namespace panedeck::cli {
 
@@ -15,17 +15,18 @@ namespace {
 using settingshub2::IProductLocations;
 
 constexpr std::chrono::seconds startup_patience{20};
+constexpr std::chrono::milliseconds wait_grain{50};
+constexpr std::chrono::seconds ending_patience{2};
+constexpr unsigned token_bytes = 16;
+const std::string token_variable = "PANEDECK_TOKEN=";
 constexpr char sample_result[] = "en/C++/matrix_results/r000hs";
 
-/// 128 bits of the system's randomness: whoever knows the token may use the page.
-std::string random_token() {
-    unsigned char bytes[16];
-    if (::getrandom(bytes, sizeof bytes, 0) != static_cast<ssize_t>(sizeof bytes)) return {};
-    std::string token;
-    for (const unsigned char byte : bytes) {
-        token += fmt::format("{:02x}", byte);
+std::string file_url(const std::string& path) {
+    std::string url = "file://";
+    for (const auto& name : std::filesystem::path(path).relative_path()) {
+        url += "/" + portkit2::percent_encode(name.string());
     }
-    return token;
+    return url;
 }
 
 std::string program_path(const char* name) {
@@ -52,20 +53,26 @@ std::string find_web_directory(const std::string& given) {
 } // namespace
 
 bk2::error_code_t Session::start(const SessionParameters& parameters) {
-    m_token = random_token();
-    if (m_token.empty()) return bk2::error_code_t::failure("the system gives no random numbers");
-    if (const auto started = start_relay(find_web_directory(parameters.web_directory)); started.failed()) {
-        return started;
-    }
+    m_token = bk2::random_hex_digits(token_bytes);
+    if (const auto made = make_folders(); made.failed()) return made;
+    const auto started = start_relay(find_web_directory(parameters.web_directory), parameters.port);
+    if (started.failed()) return started;
+    if (const auto written = write_launch_file(); written.failed()) return written;
     return start_host(parameters);
 }
 
-bk2::error_code_t Session::start_relay(const std::string& web_directory) {
+bk2::error_code_t Session::make_folders() {
+    const auto made = m_folder.make();
+    return made.failed() ? made : m_folder.make_folder("exports", m_export_directory);
+}
+
+bk2::error_code_t Session::start_relay(const std::string& web_directory, unsigned port) {
     if (web_directory.empty())
         return bk2::error_code_t::failure("the folder of the web page is not installed");
-    const auto started =
-        m_relay.start({program_path("panedeck-guiserver"), "--http", "127.0.0.1:0", "--library",
-                       "127.0.0.1:0", "--web", web_directory, "--token", m_token});
+    const auto started = m_relay.start({program_path("panedeck-guiserver"), "--http",
+                                        "127.0.0.1:" + std::to_string(port), "--library", "127.0.0.1:0",
+                                        "--web", web_directory, "--export-dir", m_export_directory},
+                                       {token_variable + m_token});
     return started.failed() ? started : read_relay_addresses();
 }
 
@@ -94,9 +101,23 @@ void Session::take_relay_address(const std::string& line) {
     m_web_port = line.substr(host_end + 1, port_end - host_end - 1);
 }
 
+/// The address holds nothing that HTML would take for its own: the relay encodes the token.
+bk2::error_code_t Session::write_launch_file() {
+    std::string path;
+    const auto written =
+        m_folder.write_file("open.html",
+                            "<!doctype html><meta charset=\"utf-8\"><title>panedeck</title>"
+                            "<meta name=\"referrer\" content=\"no-referrer\">"
+                            "<meta http-equiv=\"refresh\" content=\"0; url=" +
+                                m_url + "\"><a href=\"" + m_url + "\">Open the profile</a>\n",
+                            path);
+    m_launch_url = file_url(path);
+    return written;
+}
+
 bk2::error_code_t Session::start_host(const SessionParameters& parameters) {
     std::vector<std::string> arguments{program_path("panedeck-host"), "--server", m_library_address,
-                                       "--token", m_token};
+                                       "--export-dir", m_export_directory};
     if (!parameters.user_directory.empty()) {
         arguments.insert(arguments.end(), {"--user-dir", parameters.user_directory});
     }
@@ -111,12 +132,37 @@ bk2::error_code_t Session::start_host(const SessionParameters& parameters) {
         if (const auto found = find_sample(sample); found.failed()) return found;
         arguments.push_back(sample);
     }
-    return m_host.start(arguments);
+    return m_host.start(arguments, {token_variable + m_token});
+}
+
+bk2::error_code_t Session::wait_until_served(notifykit2::IProgress& progress) {
+    OpeningDisplay display(progress);
+    std::string line;
+    while (line != "serving") {
+        if (progress.is_canceled()) return bk2::error_code_t::canceled();
+        bool has_line = false;
+        if (const auto polled = m_host.poll_line(line, has_line, wait_grain); polled.failed())
+            return reason_of_end(polled);
+        if (has_line) display.show(line);
+    }
+    return bk2::error_code_t::success();
+}
+
+/// A program's output ends a moment before the program does.
+bk2::error_code_t Session::reason_of_end(const bk2::error_code_t& end_of_output) {
+    const auto deadline = std::chrono::steady_clock::now() + ending_patience;
+    auto running = check();
+    while (running.succeeded() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(wait_grain);
+        running = check();
+    }
+    return running.failed() ? running : end_of_output;
 }
 
 void Session::stop() {
     m_host.stop();
     m_relay.stop();
+    m_folder.remove();
 }
 
 bk2::error_code_t Session::check() {

@@ -1,6 +1,6 @@
 #include "text_table.h"
 
-#include "portkit/ustring8.h"
+#include "portkit/terminal_text.h"
 
 #include <algorithm>
 
@@ -14,14 +14,6 @@ bool begins_character(char byte) {
 
 std::size_t character_count(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins_character));
-}
-
-std::string printable(std::string_view text) {
-    std::string result = portkit2::repair_utf8(text);
-    for (char& byte : result) {
-        if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f) byte = '?';
-    }
-    return result;
 }
 
 std::string cut(std::string text, std::size_t widest) {
@@ -52,7 +44,7 @@ void TextTable::add_row(std::vector<std::string> cells) {
 std::vector<std::string> TextTable::fitted(std::vector<std::string> cells) const {
     cells.resize(m_columns);
     for (std::string& cell : cells) {
-        cell = cut(printable(cell), m_widest);
+        cell = cut(portkit2::terminal_text(cell), m_widest);
     }
     return cells;
 }

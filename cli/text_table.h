@@ -6,9 +6,9 @@
 namespace panedeck::cli {
 
 /// Sets cells in columns: the first one to the left, the others (numbers) to the right, with a line under the
-/// headings. Rows shorter than the headings have empty cells. Control characters are shown as "?", so that a
-/// name from a profile cannot drive the terminal; a cell longer than `widest` characters is cut and ends in
-/// "…".
+/// headings. Rows shorter than the headings have empty cells. Cells are shown as `terminal_text` makes
+/// them, so that a name from a profile cannot drive the terminal; a cell longer than `widest` characters is
+/// cut and ends in "…".
 class TextTable {
 public:
     explicit TextTable(std::vector<std::string> headings, std::size_t widest = 80);

@@ -1,6 +1,8 @@
 # Warnings, sanitizers and build speed: what every target shares.
-option(PANEDECK_TESTS "Build the tests" ON)
+option(PANEDECK_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(PANEDECK_BENCH "Build the benchmarks" OFF)
+option(PANEDECK_INSTALL "Make the rules of installing and packing" ${PROJECT_IS_TOP_LEVEL})
+option(PANEDECK_PAGE "Build the page with everything else; needs Node.js" OFF)
 set(PANEDECK_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize takes them")
 
 if(NOT CMAKE_BUILD_TYPE)
@@ -11,11 +13,15 @@ endif()
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
 set(CMAKE_CXX_FLAGS_DEBUG "-O1 -g1")
 
+# Where the sources are, seen from the build: a compiler cache may call the compiler with such names.
+file(RELATIVE_PATH PANEDECK_SOURCE_FROM_BUILD ${PROJECT_BINARY_DIR} ${PROJECT_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" PANEDECK_SOURCE_FROM_BUILD "${PANEDECK_SOURCE_FROM_BUILD}")
+
 add_library(panedeck_flags INTERFACE)
 target_compile_options(panedeck_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Werror
     # Files name themselves relative to the source tree, so that no log line holds a path of the builder.
-    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PANEDECK_SOURCE_FROM_BUILD}/=)
 
 if(PANEDECK_SANITIZE)
     target_compile_options(panedeck_flags INTERFACE

@@ -1,14 +1,12 @@
 #include "access_rules.h"
 
+#include "basekit/random_text.h"
 #include "portkit/ustring8.h"
-#include "url.h"
 
 #include <boost/asio/ip/address.hpp>
 
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <random>
+#include <optional>
 #include <utility>
 
 namespace panedeck::guiserver {
@@ -16,6 +14,7 @@ namespace panedeck::guiserver {
 namespace {
 
 constexpr std::size_t longest_token = 256;
+constexpr unsigned secret_bytes = 24;
 
 bool equal_in_constant_time(std::string_view a, std::string_view secret) {
     std::size_t difference = a.size() ^ secret.size();
@@ -46,7 +45,9 @@ std::optional<boost::asio::ip::address> parse_host_address(std::string_view host
 } // namespace
 
 AccessRules::AccessRules(std::string token, unsigned short port, bool allow_remote)
-    : m_token(std::move(token)), m_port(port), m_allow_remote(allow_remote) {}
+    : m_token(std::move(token)),
+      m_cookie("panedeck-" + std::to_string(port) + "=" + bk2::random_hex_digits(secret_bytes)), m_port(port),
+      m_allow_remote(allow_remote) {}
 
 bool AccessRules::is_token(std::string_view text) const {
     return !m_token.empty() && equal_in_constant_time(text, m_token);
@@ -64,32 +65,25 @@ bool AccessRules::is_own_origin(std::string_view origin, std::string_view host) 
     return !host.empty() && origin == "http://" + std::string(host);
 }
 
-std::string AccessRules::cookie() const {
-    return "panedeck-" + std::to_string(m_port) + "=" + percent_encode(m_token);
+std::string AccessRules::set_cookie() const {
+    return m_cookie + "; Path=/; HttpOnly; SameSite=Strict";
 }
 
 bool AccessRules::has_cookie(std::string_view cookie_header) const {
-    const std::string expected = cookie();
     bool found = false;
     while (!cookie_header.empty()) {
         const std::size_t end = std::min(cookie_header.find(';'), cookie_header.size());
         std::string_view each = cookie_header.substr(0, end);
         while (each.starts_with(' '))
             each.remove_prefix(1);
-        found |= equal_in_constant_time(each, expected);
+        found |= equal_in_constant_time(each, m_cookie);
         cookie_header.remove_prefix(std::min(end + 1, cookie_header.size()));
     }
     return found;
 }
 
 std::string make_token() {
-    constexpr char digits[] = "0123456789abcdef";
-    std::random_device source; // reads the operating system's generator
-    std::string token;
-    for (int word = 0; word < 6; ++word)
-        for (std::uint32_t bits = source(), digit = 0; digit < 8; ++digit, bits >>= 4)
-            token.push_back(digits[bits & 15]);
-    return token;
+    return bk2::random_hex_digits(secret_bytes);
 }
 
 bool is_valid_token(std::string_view token) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,14 +25,16 @@ public:
     /// `origin` is the page that this relay serves under `host`, which has passed `is_own_host`.
     bool is_own_origin(std::string_view origin, std::string_view host) const;
 
-    /// Name and value of the cookie that lets the page's own assets load; the name holds the port, since
-    /// browsers share cookies between the ports of a host.
-    std::string cookie() const;
+    /// The header `Set-Cookie` for the cookie that lets the page's own assets and downloads load. Browsers
+    /// send it to every port of the host, so its value is a secret of its own, good for these files and
+    /// nothing else; its name holds the port.
+    std::string set_cookie() const;
     /// Whether a `Cookie` header holds it.
     bool has_cookie(std::string_view cookie_header) const;
 
 private:
     std::string m_token;
+    std::string m_cookie; ///< name and value
     unsigned short m_port;
     bool m_allow_remote;
 };
@@ -41,7 +42,7 @@ private:
 /// A new token: 192 random bits from the operating system as 48 hexadecimal digits.
 std::string make_token();
 
-/// Whether a token given by the user can travel in URLs, cookies and handshakes: 1 to 256 bytes of UTF-8
+/// Whether a token given by the user can travel in URLs and handshakes: 1 to 256 bytes of UTF-8
 /// without control characters.
 bool is_valid_token(std::string_view token);
 

@@ -15,7 +15,6 @@
 #include <boost/beast/http/write.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -28,7 +27,6 @@ namespace beast = boost::beast;
 namespace http = beast::http;
 using boost_error = boost::system::error_code;
 
-constexpr auto patience = std::chrono::seconds(30);
 constexpr std::uint32_t longest_header = 16 * 1024;
 
 class HttpSession final : public std::enable_shared_from_this<HttpSession> {
@@ -36,14 +34,11 @@ public:
     HttpSession(boost::asio::ip::tcp::socket socket, const HttpService& service, ConnectionSlots::slot_t slot)
         : m_stream(std::move(socket)), m_service(service), m_slot(std::move(slot)) {}
 
-    void read() {
-        m_own_host.clear();
-        m_parser.emplace();
-        m_parser->header_limit(longest_header);
-        m_stream.expires_after(patience);
-        http::async_read_header(
-            m_stream, m_buffer, *m_parser,
-            [self = shared_from_this()](const boost_error& error, std::size_t) { self->handle_read(error); });
+    void start() {
+        m_slot->set_end([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) self->m_stream.close();
+        });
+        read();
     }
 
 private:
@@ -51,6 +46,30 @@ private:
         bool by_query;
         bool by_cookie;
     };
+
+    /// An answer on its way out.
+    template <class Body>
+    struct Outgoing {
+        http::response<Body> message;
+        std::optional<http::response_serializer<Body>>
+            serializer;                            ///< looks at the whole message from its start
+        std::shared_ptr<DownloadShelf::Loan> loan; ///< of the file that it sends, if that is a download
+    };
+
+    void read() {
+        m_own_host.clear();
+        m_parser.emplace();
+        m_parser->header_limit(longest_header);
+        set_deadline();
+        http::async_read_header(
+            m_stream, m_buffer, *m_parser,
+            [self = shared_from_this()](const boost_error& error, std::size_t) { self->handle_read(error); });
+    }
+
+    void set_deadline() {
+        const RelayLimits& limits = m_service.limits;
+        m_stream.expires_after(m_slot->is_admitted() ? limits.patience : limits.stranger_patience);
+    }
 
     void handle_read(const boost_error& error) {
         if (error == http::error::end_of_stream) return close();
@@ -84,7 +103,9 @@ private:
             return refuse(http::status::upgrade_required, "A WebSocket is spoken here.");
         auto slot = m_service.tab_slots.take();
         if (!slot) return refuse(http::status::service_unavailable, "Too many tabs are open.");
-        serve_tab(std::move(m_stream), std::move(m_request), m_service.relay, std::move(slot));
+        slot->admit();
+        serve_tab(std::move(m_stream), std::move(m_request), m_service.relay, std::move(slot),
+                  m_service.rules.set_cookie());
     }
 
     void handle_file(const Target& target) {
@@ -93,9 +114,11 @@ private:
         const bool is_page = target.path == "/" || target.path == "/index.html";
         const Access granted = access(target);
         if (!granted.by_query && (is_page || !granted.by_cookie)) return refuse_without_token();
+        m_slot->admit();
+        if (const auto download = parse_download_path(target.path)) return send_download(*download);
         const auto file = find_static_file(m_service.web_root, target.path);
         if (!file) return refuse(http::status::not_found, "There is no such file.");
-        send_file(*file, is_page);
+        send_page_file(*file, is_page);
     }
 
     Access access(const Target& target) const {
@@ -104,24 +127,46 @@ private:
                 m_service.rules.has_cookie(header(http::field::cookie))};
     }
 
-    void send_file(const std::filesystem::path& file, bool is_page) {
+    void send_page_file(const std::filesystem::path& file, bool is_page) {
         http::file_body::value_type body;
         boost_error error;
         body.open(file.c_str(), beast::file_mode::scan, error);
         if (error) return refuse(http::status::not_found, "The file cannot be read.");
+        http::fields headers;
+        headers.set(http::field::content_type, content_type(file));
+        if (is_page) headers.set(http::field::set_cookie, m_service.rules.set_cookie());
+        if (is_page) headers.set(http::field::cache_control, "no-store");
+        send_file(std::move(body), headers, nullptr);
+    }
+
+    void send_download(const DownloadPath& path) {
+        auto loan = m_service.downloads.lend(path.id);
+        if (!loan) return refuse(http::status::not_found, "There is no such export, or not any more.");
+        beast::file file;
+        file.native_handle(loan->take_descriptor());
+        http::file_body::value_type body;
+        boost_error error;
+        body.reset(std::move(file), error);
+        if (error) return refuse(http::status::not_found, "The export cannot be read.");
+        http::fields headers;
+        headers.set(http::field::content_type, "text/csv; charset=utf-8");
+        headers.set(http::field::content_disposition, attachment_header(path.file_name));
+        headers.set(http::field::cache_control, "no-store");
+        send_file(std::move(body), headers, std::move(loan));
+    }
+
+    void send_file(http::file_body::value_type body, const http::fields& headers,
+                   std::shared_ptr<DownloadShelf::Loan> loan) {
         const std::uint64_t size = body.size();
         if (m_request.method() == http::verb::head) {
-            auto response = make_response<http::empty_body>(http::status::ok, content_type(file));
-            response->content_length(size);
+            auto response = make_response<http::empty_body>(http::status::ok, headers);
+            response->message.content_length(size);
             return send(response);
         }
-        auto response = make_response<http::file_body>(http::status::ok, content_type(file));
-        response->body() = std::move(body);
-        response->content_length(size);
-        if (is_page)
-            response->set(http::field::set_cookie,
-                          m_service.rules.cookie() + "; Path=/; HttpOnly; SameSite=Strict");
-        if (is_page) response->set(http::field::cache_control, "no-store");
+        auto response = make_response<http::file_body>(http::status::ok, headers);
+        response->message.body() = std::move(body);
+        response->message.content_length(size);
+        response->loan = std::move(loan);
         send(response);
     }
 
@@ -130,32 +175,36 @@ private:
     }
 
     void refuse(http::status status, const char* text) {
-        auto response = make_response<http::string_body>(status, "text/plain; charset=utf-8");
-        response->keep_alive(false);
-        if (m_request.method() != http::verb::head) response->body() = std::string(text) + "\n";
-        response->prepare_payload();
+        http::fields headers;
+        headers.set(http::field::content_type, "text/plain; charset=utf-8");
+        auto response = make_response<http::string_body>(status, headers);
+        response->message.keep_alive(false);
+        if (m_request.method() != http::verb::head) response->message.body() = std::string(text) + "\n";
+        response->message.prepare_payload();
         send(response);
     }
 
     template <class Body>
-    std::shared_ptr<http::response<Body>> make_response(http::status status, std::string_view type) {
-        auto response = std::make_shared<http::response<Body>>(status, 11);
-        response->keep_alive(m_request.keep_alive());
-        response->set(http::field::content_type, type);
-        response->set(http::field::cache_control, "no-cache");
-        response->set("Content-Security-Policy", security_policy());
-        response->set("X-Content-Type-Options", "nosniff");
-        response->set("Referrer-Policy", "no-referrer");
-        response->set("Cross-Origin-Opener-Policy", "same-origin");
-        response->set("Cross-Origin-Resource-Policy", "same-origin");
+    std::shared_ptr<Outgoing<Body>> make_response(http::status status, const http::fields& headers) {
+        auto response = std::make_shared<Outgoing<Body>>();
+        auto& message = response->message;
+        message.result(status);
+        message.keep_alive(m_request.keep_alive());
+        message.set(http::field::cache_control, "no-cache");
+        message.set("Content-Security-Policy", security_policy());
+        message.set("X-Content-Type-Options", "nosniff");
+        message.set("Referrer-Policy", "no-referrer");
+        message.set("Cross-Origin-Opener-Policy", "same-origin");
+        message.set("Cross-Origin-Resource-Policy", "same-origin");
+        for (const auto& header : headers)
+            message.set(header.name(), header.value());
         return response;
     }
 
-    /// The page's own files and its WebSocket, nothing else. Grid libraries add style elements of their own.
+    /// The page's own scripts, styles, pictures and WebSocket, nothing else, and nothing that stands in the
+    /// page itself.
     std::string security_policy() const {
-        return "default-src 'none'; script-src 'self'; style-src 'self' 'unsafe-inline'; img-src 'self' "
-               "data:; "
-               "font-src 'self' data:; worker-src 'self'; connect-src 'self'" +
+        return "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'" +
                (m_own_host.empty() ? "" : " ws://" + m_own_host) +
                "; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
     }
@@ -166,13 +215,28 @@ private:
     }
 
     template <class Body>
-    void send(const std::shared_ptr<http::response<Body>>& response) {
-        m_stream.expires_after(patience);
-        http::async_write(m_stream, *response,
-                          [self = shared_from_this(), response](const boost_error& error, std::size_t) {
-                              if (!error && response->keep_alive()) return self->read();
-                              self->close();
-                          });
+    void send(const std::shared_ptr<Outgoing<Body>>& response) {
+        response->serializer.emplace(response->message);
+        write(response);
+    }
+
+    /// Piece by piece, so that a slow reader has its time for each.
+    template <class Body>
+    void write(const std::shared_ptr<Outgoing<Body>>& response) {
+        set_deadline();
+        http::async_write_some(m_stream, *response->serializer,
+                               [self = shared_from_this(), response](const boost_error& error, std::size_t) {
+                                   self->handle_write(response, error);
+                               });
+    }
+
+    template <class Body>
+    void handle_write(const std::shared_ptr<Outgoing<Body>>& response, const boost_error& error) {
+        if (error) return close();
+        if (!response->serializer->is_done()) return write(response);
+        if (response->loan) response->loan->finish();
+        if (response->message.keep_alive()) return read();
+        close();
     }
 
     void close() {
@@ -193,7 +257,7 @@ private:
 
 void serve_http(boost::asio::ip::tcp::socket socket, const HttpService& service,
                 ConnectionSlots::slot_t slot) {
-    std::make_shared<HttpSession>(std::move(socket), service, std::move(slot))->read();
+    std::make_shared<HttpSession>(std::move(socket), service, std::move(slot))->start();
 }
 
 } // namespace panedeck::guiserver

@@ -25,7 +25,6 @@ using boost_error = boost::system::error_code;
 constexpr std::size_t longest_frame = 0x6400000;     ///< as long as the library makes them
 constexpr std::size_t longest_handshake = 64 * 1024; ///< until the token has been seen
 constexpr std::size_t longest_queue = 256 * 1024 * 1024;
-constexpr auto handshake_patience = std::chrono::seconds(10);
 
 bool is_handshake_with_token(const std::string& frame, const AccessRules& rules) {
     variant_bag_t bag;
@@ -43,13 +42,17 @@ public:
         : m_socket(std::move(socket)), m_rules(rules), m_relay(relay), m_slot(std::move(slot)),
           m_timer(m_socket.get_executor()) {}
 
-    void start() {
+    void start(std::chrono::milliseconds handshake_patience) {
+        m_slot->set_end([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) self->close("it made room", logkit1::level_t::info);
+        });
         boost_error ignored;
         m_socket.set_option(boost::asio::ip::tcp::no_delay(true), ignored);
         m_socket.set_option(boost::asio::socket_base::keep_alive(true), ignored);
         m_timer.expires_after(handshake_patience);
         m_timer.async_wait([self = shared_from_this()](const boost_error& error) {
-            if (!error && !self->m_accepted) self->close("it sent no handshake in time");
+            if (!error && !self->m_accepted)
+                self->close("it sent no handshake in time", logkit1::level_t::info);
         });
         read();
     }
@@ -99,6 +102,7 @@ private:
             return close("its first message is no handshake with the token");
         if (!m_relay.open_library(*this)) return close("another library is connected");
         m_accepted = true;
+        m_slot->admit();
         m_timer.cancel();
     }
 
@@ -143,8 +147,9 @@ private:
 } // namespace
 
 void serve_library(boost::asio::ip::tcp::socket socket, const AccessRules& rules, Relay& relay,
-                   ConnectionSlots::slot_t slot) {
-    std::make_shared<LibraryConnection>(std::move(socket), rules, relay, std::move(slot))->start();
+                   const RelayLimits& limits, ConnectionSlots::slot_t slot) {
+    std::make_shared<LibraryConnection>(std::move(socket), rules, relay, std::move(slot))
+        ->start(limits.stranger_patience);
 }
 
 } // namespace panedeck::guiserver

@@ -2,6 +2,7 @@
 
 #include "access_rules.h"
 #include "logkit/component_logger.h"
+#include "portkit/terminal_text.h"
 #include "response_id.h"
 
 #include <utility>
@@ -33,6 +34,15 @@ frame_body_t state_event(bool connected) {
 
 bool is_event(std::string_view frame) {
     return frame.starts_with("<msg><event>");
+}
+
+/// A browser ends the whole connection over one text that is not UTF-8, and with it all requests of its tab;
+/// characters that the wire cannot carry become U+FFFD there too.
+void repair_text(std::string& text) {
+    if (portkit2::is_valid_utf8(text)) return;
+    logkit1::log(logkit1::level_t::warning,
+                 "A message of the library is not UTF-8: " + portkit2::terminal_text(text.substr(0, 300)));
+    text = portkit2::repair_utf8(text);
 }
 
 } // namespace
@@ -121,6 +131,7 @@ void Relay::close_library(ILibrary& library) {
 }
 
 void Relay::handle_library_frame(std::string text) {
+    repair_text(text);
     const auto frame = std::make_shared<const std::string>(std::move(text));
     if (is_event(*frame)) return broadcast(frame);
     handle_response(frame);
@@ -130,8 +141,8 @@ void Relay::handle_response(const frame_body_t& frame) {
     const auto found = find_response_id(*frame);
     if (!found) {
         // An answer to nobody: the library could not tell which message it complains about.
-        logkit1::log(logkit1::level_t::warning,
-                     "Dropped a message of the library without a request id: " + frame->substr(0, 300));
+        logkit1::log(logkit1::level_t::warning, "Dropped a message of the library without a request id: " +
+                                                    portkit2::terminal_text(frame->substr(0, 300)));
         return;
     }
     const auto request = take_pending(std::string(found->id));

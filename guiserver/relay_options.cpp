@@ -1,11 +1,13 @@
 #include "relay_options.h"
 
 #include "access_rules.h"
+#include "portkit/terminal_text.h"
 
 #include <CLI/CLI.hpp>
 
 #include <charconv>
 #include <iostream>
+#include <sstream>
 
 namespace panedeck::guiserver {
 
@@ -22,6 +24,14 @@ endpoint_t require_endpoint(const std::string& option, const std::string& text, 
         throw CLI::ValidationError(option,
                                    text + " can be reached from other machines, which takes --allow-remote");
     return *endpoint;
+}
+
+/// Prints help or what is wrong with the usage; gives the exit code.
+int report(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream complaint;
+    const bool is_help = app.exit(error, std::cout, complaint) == 0;
+    std::cerr << portkit2::terminal_text(complaint.str(), portkit2::line_breaks_t::kept);
+    return is_help ? 0 : bad_usage;
 }
 
 } // namespace
@@ -59,6 +69,10 @@ ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
     app.add_option("--web", options.web, "folder with the page's files")->required();
     auto* token =
         app.add_option("--token", options.token, "secret of browsers and library; made if not given");
+    // Other users of the machine can read arguments, but not the environment.
+    token->envname("PANEDECK_TOKEN");
+    app.add_option("--export-dir", options.export_directory,
+                   "folder of this user alone, into which the host exports for downloads");
     app.add_flag("--allow-remote", options.allow_remote, "allow addresses that other machines can reach");
     try {
         app.parse(argc, argv);
@@ -68,7 +82,7 @@ ParsedCommandLine parse_command_line(int argc, const char* const* argv) {
         if (!is_valid_token(options.token))
             throw CLI::ValidationError("--token", "1 to 256 bytes of UTF-8 without control characters");
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, app.exit(error, std::cout, std::cerr) == 0 ? 0 : bad_usage};
+        return {std::nullopt, report(app, error)};
     }
     return {options, 0};
 }

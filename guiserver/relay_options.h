@@ -15,6 +15,7 @@ struct RelayOptions {
     boost::asio::ip::tcp::endpoint library; ///< port 0 picks one
     std::filesystem::path web;
     std::string token;
+    std::string export_directory; ///< shared with the host, see `DownloadShelf`; empty: no downloads
     bool allow_remote = false;
 };
 
@@ -25,7 +26,8 @@ struct ParsedCommandLine {
 };
 
 /// Reads the command line; help goes to standard output, what is wrong with the usage to standard error (exit
-/// code 2). Without `--token` a new token is made.
+/// code 2). Without `--token` the environment variable `PANEDECK_TOKEN` gives the token; without both a new
+/// one is made.
 ParsedCommandLine parse_command_line(int argc, const char* const* argv);
 
 /// "127.0.0.1:80" or "[::1]:80"; names are not resolved.

@@ -2,8 +2,10 @@
 
 #include "access_rules.h"
 #include "connection_slots.h"
+#include "download_shelf.h"
 #include "http_session.h"
 #include "relay.h"
+#include "relay_limits.h"
 #include "relay_options.h"
 
 #include <boost/asio/io_context.hpp>
@@ -20,9 +22,9 @@ namespace panedeck::guiserver {
 /// The relay with its two listening sockets, on one thread.
 class RelayServer {
 public:
-    /// Listens. Throws `std::runtime_error` with a line for the user if an address cannot be had or the web
-    /// folder is not there.
-    explicit RelayServer(const RelayOptions& options);
+    /// Listens. Throws `std::runtime_error` with a line for the user if an address cannot be had, the web
+    /// folder is not there or the folder of exports is open to others.
+    explicit RelayServer(const RelayOptions& options, const RelayLimits& limits = {});
 
     /// ADDRESS:PORT for the library.
     std::string library_address() const;
@@ -30,6 +32,7 @@ public:
     std::string url() const;
 
     /// Serves until `stop`, SIGTERM or SIGINT; these two signals are held back from the construction on.
+    /// Exports that were not fetched go at the end.
     void run();
     /// Ends `run` soon. From any thread.
     void stop() { m_io.stop(); }
@@ -47,16 +50,20 @@ private:
     };
 
     void accept(Listener& listener);
+    void sweep_downloads();
     void run_guarded();
 
+    const RelayLimits m_limits;
     const std::filesystem::path m_web_root;
     Relay m_relay;
-    boost::asio::io_context m_io; ///< goes before the relay: connections refer to it
+    DownloadShelf m_downloads;
+    boost::asio::io_context m_io; ///< goes before what stands above: connections refer to it
     boost::asio::signal_set m_signals;
     Listener m_http;
     Listener m_library;
     const AccessRules m_rules;
     ConnectionSlots m_tab_slots;
+    boost::asio::steady_timer m_sweep;
     const HttpService m_http_service;
 };
 

@@ -29,9 +29,12 @@ public:
     TabConnection(beast::tcp_stream stream, Relay& relay, ConnectionSlots::slot_t slot)
         : m_socket(std::move(stream)), m_relay(relay), m_slot(std::move(slot)) {}
 
-    void start(beast::http::request<beast::http::empty_body> request) {
+    void start(beast::http::request<beast::http::empty_body> request, const std::string& cookie) {
         beast::get_lowest_layer(m_socket).expires_never(); // the WebSocket keeps its own time
         m_socket.set_option(websocket::stream_base::timeout::suggested(beast::role_type::server));
+        m_socket.set_option(websocket::stream_base::decorator([cookie](websocket::response_type& response) {
+            response.set(beast::http::field::set_cookie, cookie);
+        }));
         m_socket.read_message_max(longest_message);
         m_socket.auto_fragment(false); // fragments would be cut and copied piece by piece
         m_socket.text(true);
@@ -116,8 +119,9 @@ private:
 } // namespace
 
 void serve_tab(beast::tcp_stream stream, beast::http::request<beast::http::empty_body> request, Relay& relay,
-               ConnectionSlots::slot_t slot) {
-    std::make_shared<TabConnection>(std::move(stream), relay, std::move(slot))->start(std::move(request));
+               ConnectionSlots::slot_t slot, const std::string& cookie) {
+    std::make_shared<TabConnection>(std::move(stream), relay, std::move(slot))
+        ->start(std::move(request), cookie);
 }
 
 } // namespace panedeck::guiserver

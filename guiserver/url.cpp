@@ -7,11 +7,6 @@ namespace panedeck::guiserver {
 
 namespace {
 
-bool is_unreserved(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-           std::string_view("-._~").find(c) != std::string_view::npos;
-}
-
 /// The byte of two hexadecimal digits.
 std::optional<char> parse_escape(std::string_view digits) {
     unsigned value = 0;
@@ -22,20 +17,6 @@ std::optional<char> parse_escape(std::string_view digits) {
 }
 
 } // namespace
-
-std::string percent_encode(std::string_view text) {
-    constexpr char digits[] = "0123456789ABCDEF";
-    std::string result;
-    for (const char c : text) {
-        if (is_unreserved(c)) {
-            result.push_back(c);
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        result.append({'%', digits[byte >> 4], digits[byte & 15]});
-    }
-    return result;
-}
 
 std::optional<std::string> percent_decode(std::string_view text) {
     std::string result;

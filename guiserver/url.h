@@ -18,8 +18,6 @@ std::optional<Target> parse_target(std::string_view target);
 /// The first value of that name in a query, decoded; nothing if there is none.
 std::optional<std::string> query_parameter(std::string_view query, std::string_view name);
 
-/// All but letters, digits and "-._~" as "%XX".
-std::string percent_encode(std::string_view text);
 /// Nothing if an escape is broken. A "+" stays one.
 std::optional<std::string> percent_decode(std::string_view text);
 

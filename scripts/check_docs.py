@@ -4,14 +4,15 @@
 A path is a word with a slash that begins with a folder or file of this tree. A symbol is a word that looks
 like one of our types or functions: `RequestDispatcher`, `variant_bag_t`, `saveTableTreeToVBag()`.
 """
+import os
 import pathlib
 import re
-import subprocess
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SYMBOL = re.compile(r"^(?:\w+::)*([A-Z][a-z]+[A-Z]\w+|I[A-Z]\w+|[a-z]\w*_t|[a-z][a-zA-Z0-9_]*(?=\(\)))(?:\(\))?$")
 # Made by the build or by a user, not kept in the tree.
+MADE_FOLDERS = {".git", "build", "dist", "node_modules", "__pycache__"}
 MADE = re.compile(r"^(build|web/dist|web/node_modules)(/|$)")
 
 
@@ -30,14 +31,16 @@ def words(text):
             yield number, word
 
 
-def tracked():
-    listing = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard"], cwd=ROOT,
-                             capture_output=True, text=True, check=True).stdout
-    return listing.splitlines()
+def kept_files():
+    """The names of the tree's files, relative to it. An archive of the sources has no history to ask."""
+    for folder, subfolders, names in os.walk(ROOT):
+        subfolders[:] = [name for name in subfolders if name not in MADE_FOLDERS]
+        for name in names:
+            yield (pathlib.Path(folder) / name).relative_to(ROOT).as_posix()
 
 
 def main():
-    files = tracked()
+    files = list(kept_files())
     tops = {name.split("/")[0] for name in files}
     code = "\n".join((ROOT / name).read_text(encoding="utf-8", errors="replace") for name in files
                      if name.endswith((".h", ".cpp", ".ts", ".py", ".cmake")) and (ROOT / name).is_file())

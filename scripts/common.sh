@@ -6,8 +6,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 packages=(
     g++ cmake ninja-build ccache pkg-config python3 ca-certificates
     libboost1.81-dev libboost-thread1.81-dev libboost-regex1.81-dev libboost-filesystem1.81-dev
-    libboost-locale1.81-dev rapidjson-dev libtbb-dev liblog4cplus-dev libxml2-dev libsqlite3-dev
-    libfmt-dev libcli11-dev libtsl-ordered-map-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev
+    libboost-locale1.81-dev gettext rapidjson-dev libtbb-dev liblog4cplus-dev libexpat1-dev libxml2-dev
+    libsqlite3-dev libfmt-dev libcli11-dev libtsl-ordered-map-dev zlib1g-dev libsodium-dev libxxhash-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
 )
 
 say() { printf '%s\n' "$*" >&2; }
@@ -61,9 +62,11 @@ build_web() {
     fi
     if [ ! -f "$stamp" ] ||
         [ -n "$(find "$root/web" -path "$root/web/node_modules" -prune -o -path "$root/web/dist" -prune -o \
-            -type f -newer "$stamp" -print -quit)" ]; then
+            -type f -newer "$stamp" -print -quit)$(find "$root/docs/help" -newer "$stamp" -print -quit)" ]; then
         say "Building the page"
         (cd "$root/web" && npm run --silent build) >&2
+        # The page links to the help, which the relay serves from the same folder.
+        cp -r "$root/docs/help" "$root/web/dist/help"
     fi
 }
 

@@ -1,6 +1,7 @@
 #include "base_gridview_request_handler.h"
 
 #include "basekit/assertion.h"
+#include "basekit/task_waiting_scope.h"
 #include "gridmodel/request_values.h"
 #include "utils/csv_writer.h"
 
@@ -54,11 +55,28 @@ BaseGridViewRequestHandler::processExportToCsvRequest(const bk2::variant_bag_t& 
     PANEDECK_REQUIRE(!filePath.empty(), "!filePath.empty()", bk2::kinds::is_not_valid_parameter, "filePath");
     if (const auto code = requireModel(model); code.failed()) return code;
     GridModel::Lock lock(model);
+    // The file may be a pipe that nobody reads, or lie on a disk that is away.
+    const bk2::task_waiting_scope_t waiting;
     const auto writer = createCSVWriter(filePath, ',');
     PANEDECK_REQUIRE(writer && writer->hasValidFileStream(), "writer && writer->hasValidFileStream()",
                      bk2::kinds::is_not_valid_object, "");
     // Once the file could be opened the request counts as done, however far the export came.
     (void)model->exportToCsv(writer, progress);
+    return bk2::error_code_t::success();
+}
+
+bk2::error_code_t BaseGridViewRequestHandler::exportToFile(const std::string& filePath,
+                                                           const bk2::sptr_t<GridModel>& model,
+                                                           notifykit2::IProgress* progress) const {
+    if (const auto code = requireModel(model); code.failed()) return code;
+    GridModel::Lock lock(model);
+    const bk2::task_waiting_scope_t waiting;
+    const auto writer = createCSVWriter(filePath, ',');
+    PANEDECK_REQUIRE(writer->hasValidFileStream(), "writer->hasValidFileStream()",
+                     bk2::kinds::failed_to_open_this_object, filePath);
+    if (const auto code = model->exportToCsv(writer, progress); code.failed()) return code;
+    PANEDECK_REQUIRE(writer->flush(), "writer->flush()", bk2::kinds::failed_to_process_the_object,
+                     "The file could not be written to its end: " + filePath);
     return bk2::error_code_t::success();
 }
 

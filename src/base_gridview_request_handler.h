@@ -34,6 +34,10 @@ public:
                                                   const GridViewParams& params, RequestType type,
                                                   notifykit2::IProgress* progress);
 
+    /// Writes the model's rows, taking its lock; see `IGridExport::exportGrid`.
+    bk2::error_code_t exportToFile(const std::string& filePath, const bk2::sptr_t<GridModel>& model,
+                                   notifykit2::IProgress* progress) const;
+
 private:
     bk2::error_code_t processCopyRowsRequest(bk2::variant_bag_t& answer,
                                              const bk2::sptr_t<GridModel>& model) const;

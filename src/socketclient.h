@@ -77,6 +77,7 @@ private:
     // Outgoing.
     bk2::error_code_t sendMsg(bk2::variant_bag_t& bag, const char* root);
     bk2::error_code_t makeFrame(bk2::variant_bag_t& bag, const char* root, frame_t& frame);
+    bk2::error_code_t makeHandshake(frame_t& frame);
     void enqueueHandshake();
     void enqueueMessage(OutgoingFrame frame);
     void processOutputQueue();

@@ -1,9 +1,11 @@
 // The messages of the socket client: what comes in, and what goes out.
 
 #include "basekit/assertion.h"
+#include "basekit/variant_bag_xml.h"
 #include "logkit/component_logger.h"
 #include "message_format.h"
 #include "socketclient.h"
+#include "transport/sensitive_parameter.h"
 
 #include <boost/asio/bind_executor.hpp>
 #include <boost/asio/buffer.hpp>
@@ -25,6 +27,14 @@ constexpr char frame_terminator = '\x0B';
 
 void log_failure(const char* what, const boost::system::error_code& error) {
     logkit1::log(logkit1::level_t::error, what + error.message());
+}
+
+void remove_marks(variant_bag_t& parameters) {
+    for (auto value = parameters.begin<variant_t>(); !value.at_end(); value.next()) {
+        variant_t& parameter = value.get_value();
+        if (parameter.is_narrow_text())
+            parameter = variant_t(sensitive_parameter::withoutMarks(std::string(parameter.text())));
+    }
 }
 
 } // namespace
@@ -172,13 +182,24 @@ error_code_t SocketClient::makeFrame(variant_bag_t& bag, const char* root, frame
     return {};
 }
 
-/// Queues the handshake ahead of the frames that were sent while this connection was in the making.
-void SocketClient::enqueueHandshake() {
+/// Logged with the marks of its parameters, so that the log leaves them out, and sent without.
+error_code_t SocketClient::makeHandshake(frame_t& frame) {
     variant_bag_t handshake;
     if (!m_connectParams.is_empty()) handshake.put<variant_bag_t>("", m_connectParams);
     handshake.put<variant_t>("role", variant_t::borrow(m_role.c_str()));
+    PANEDECK_PASS_ON(makeFrame(handshake, "handshake", frame));
+    if (m_connectParams.is_empty()) return {};
+    remove_marks(*handshake.get<variant_bag_t>(""));
+    ustring8 text;
+    PANEDECK_PASS_ON(bk2::save_variant_bag_to_string2(handshake, text, "msg.handshake"));
+    frame = std::make_shared<const ustring8>(text + frame_terminator);
+    return {};
+}
+
+/// Queues the handshake ahead of the frames that were sent while this connection was in the making.
+void SocketClient::enqueueHandshake() {
     OutgoingFrame frame{nullptr, m_connection};
-    const error_code_t result = makeFrame(handshake, "handshake", frame.text);
+    const error_code_t result = makeHandshake(frame.text);
     m_handshaken = true;
     if (result.succeeded())
         m_outputMessages.insert(m_outputMessages.begin() + (m_writing ? 1 : 0), std::move(frame));

@@ -4,9 +4,7 @@
 
 namespace panedeck::engine {
 
-namespace {
-
-const char* complaint(WeightStatus status) {
+const char* complaintOf(WeightStatus status) {
     switch (status) {
     case WeightStatus::ok:
         return nullptr;
@@ -20,8 +18,6 @@ const char* complaint(WeightStatus status) {
     return "without a weight";
 }
 
-} // namespace
-
 bool isFoldedComment(std::string_view line) {
     return line.starts_with('#') || trimmedLeft(line).empty();
 }
@@ -31,8 +27,9 @@ const char* parseFoldedLine(std::string_view line, FoldedLine& parsed) {
     std::size_t word = line.size();
     while (word > 0 && !isBlank(line[word - 1]))
         --word;
-    if (const char* why = complaint(parseWeight(line.substr(word), parsed.weight))) return why;
-    parsed.stack = trimmedRight(line.substr(0, word));
+    if (const char* why = complaintOf(parseWeight(line.substr(word), parsed.weight))) return why;
+    parsed.before_weight = trimmedRight(line.substr(0, word));
+    parsed.stack = parsed.before_weight;
     if (parsed.stack.empty()) return "without a stack";
     if (parsed.stack.ends_with(';')) parsed.stack.remove_suffix(1);
     return nullptr;

@@ -11,7 +11,7 @@ struct ImportOutcome {
     enum class Kind { done, canceled, refused };
 
     Kind kind = Kind::done;
-    std::uint64_t line = 1; ///< where the reason showed, counted from 1
+    std::uint64_t line = 1; ///< where the reason showed, counted from 1; 0 if it concerns no line
     std::string reason;     ///< why it was refused
 
     static ImportOutcome done() { return {}; }

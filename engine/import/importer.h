@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/format_score.h"
 #include "import/import_outcome.h"
 #include "import/import_report.h"
 #include "import/profile_builder.h"
@@ -9,12 +10,6 @@
 
 namespace panedeck::engine {
 
-/// The first bytes of a text, and whether they are all of it.
-struct TextBeginning {
-    std::string_view text;
-    bool is_complete = false;
-};
-
 /// Imports one format. Stateless, so that one object serves all imports at once.
 class IImporter {
 public:
@@ -23,11 +18,12 @@ public:
     /// What a person calls the format.
     virtual std::string_view name() const = 0;
 
-    /// Whether text that begins like this is of the format. Never empty and never binary.
-    virtual bool recognises(const TextBeginning& beginning) const = 0;
+    /// How well text that begins like this fits the format. Never empty and never binary.
+    virtual FormatScore score(const TextBeginning& beginning) const = 0;
 
-    /// Reads the whole input into the builder. A damaged record is counted in the report; damage to the whole
-    /// is the outcome. That there was no sample at all is found out by the caller.
+    /// Reads the whole input into the builder; the beginning that was scored is ahead. A damaged record is
+    /// counted in the report; damage to the whole is the outcome. That there was no sample at all, or more
+    /// lines that the format does not understand than others, is found out by the caller.
     virtual ImportOutcome import(TextInput& input, ProfileBuilder& builder, ImportReport& report) const = 0;
 };
 

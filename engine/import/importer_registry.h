@@ -6,7 +6,8 @@
 
 namespace panedeck::engine {
 
-/// All importers, in the order in which they are asked. A new format is a new importer here.
+/// All importers, the most particular first: it wins when two fit equally well. A new format is a new
+/// importer here.
 std::span<const IImporter* const> importers();
 
 } // namespace panedeck::engine

@@ -50,8 +50,9 @@ std::optional<PerfFrame> parsePerfFrame(std::string_view text) {
     text = trimmed(text);
     const std::size_t address = addressLength(text);
     if (!address) return std::nullopt;
-    text = trimmedLeft(text.substr(address));
     PerfFrame frame;
+    frame.address = text.substr(0, address);
+    text = trimmedLeft(text.substr(address));
     const std::size_t group = text.ends_with(')') ? lastGroup(text) : text.npos;
     // A group that touches the symbol is its parameter list.
     if (group != text.npos && (group == 0 || isBlank(text[group - 1]))) {

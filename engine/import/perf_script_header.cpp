@@ -37,6 +37,11 @@ public:
     std::size_t count() const { return m_count; }
     std::string_view operator[](std::size_t i) const { return m_words[i]; }
 
+    /// How far behind the end of the word before a word ends.
+    std::size_t width(std::size_t i) const {
+        return offset(i) + m_words[i].size() - offset(i - 1) - m_words[i - 1].size();
+    }
+
     /// The line up to a word.
     std::string_view before(std::size_t i) const { return trimmed(m_line.substr(0, offset(i))); }
     /// The line from a word on.
@@ -91,6 +96,10 @@ std::optional<std::int64_t> parseTime(std::string_view word) {
             return std::nullopt;
     }
     return time;
+}
+
+bool isHexadecimal(std::string_view word) {
+    return word.find_first_not_of("0123456789abcdefABCDEF") == word.npos;
 }
 
 bool isCpu(std::string_view word) {
@@ -172,6 +181,23 @@ std::optional<PerfHeader> parseWithEvent(const Words& words) {
     return std::nullopt;
 }
 
+// Addresses are set to the right in 16 columns, behind a blank. Other numbers of 16 digits are ids: a whole
+// address begins with the bits of the kernel.
+bool isPaddedAddress(const Words& words, std::size_t i) {
+    constexpr std::size_t columns = 16;
+    return words.width(i) > columns && isSurelyAddress(words[i]) && isHexadecimal(words[i]) &&
+           (words[i].size() < columns || words[i].starts_with("ffff"));
+}
+
+// What stands in front of the first frame at `end`: event, ids, CPU and period, command.
+void parseBeforeFrame(const Words& words, std::size_t end, PerfHeader& header) {
+    if (end > 0 && isEvent(words[end - 1])) {
+        header.event = words[--end];
+        header.event.remove_suffix(1);
+    }
+    if (!parseBeforeEvent(words, end, header)) header.command = words.before(end);
+}
+
 bool mayBeHeader(std::string_view line) {
     for (std::size_t at = line.find(':'); at != line.npos; at = line.find(':', at + 1))
         if (at + 1 == line.size() || isBlank(line[at + 1])) return true;
@@ -205,12 +231,20 @@ PerfHeader parseLoosePerfHeader(std::string_view line) {
             end = i;
             break;
         }
-    if (end > 0 && isEvent(words[end - 1])) {
-        header.event = words[--end];
-        header.event.remove_suffix(1);
-    }
-    if (!parseBeforeEvent(words, end, header)) header.command = words.before(end);
+    parseBeforeFrame(words, end, header);
     return header;
+}
+
+std::optional<PerfHeader> parsePerfSingleLine(std::string_view line) {
+    const Words words(line);
+    for (std::size_t i = 1; i + 1 < words.count(); ++i) {
+        if (!isPaddedAddress(words, i)) continue;
+        PerfHeader header;
+        header.rest = words.from(i);
+        parseBeforeFrame(words, i, header);
+        return header;
+    }
+    return std::nullopt;
 }
 
 } // namespace panedeck::engine

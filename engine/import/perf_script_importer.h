@@ -8,7 +8,7 @@ namespace panedeck::engine {
 class PerfScriptImporter final : public IImporter {
 public:
     std::string_view name() const override { return "perf script"; }
-    bool recognises(const TextBeginning& beginning) const override;
+    FormatScore score(const TextBeginning& beginning) const override;
     ImportOutcome import(TextInput& input, ProfileBuilder& builder, ImportReport& report) const override;
 };
 

@@ -8,12 +8,10 @@ namespace panedeck::engine {
 
 namespace {
 
-constexpr char total_would_wrap[] = "the total weight would exceed 9223372036854775807";
-
-std::uint64_t hashFunction(const FunctionRecord& f) {
+std::uint64_t hashFunction(const FunctionRecord& f, HashStrength strength) {
     const std::uint64_t names = std::uint64_t{f.name} << 32 | f.module;
-    const std::uint64_t place = hashWords(std::uint64_t{f.source_file} << 32 | f.line, f.column);
-    return hashWords(names, place);
+    const std::uint64_t place = hashWords(std::uint64_t{f.source_file} << 32 | f.line, f.column, strength);
+    return hashWords(names, place, strength);
 }
 
 bool sameFunction(const FunctionRecord& a, const FunctionRecord& b) {
@@ -26,13 +24,15 @@ bool sameFunction(const FunctionRecord& a, const FunctionRecord& b) {
 ProfileBuilder::ProfileBuilder(const ImportLimits& limits) : m_limits(limits), m_functions(1) {}
 
 FunctionIndex ProfileBuilder::function(const FunctionRecord& identity) {
-    const std::uint64_t hash = hashFunction(identity);
+    const std::uint64_t hash = hashFunction(identity, m_function_lookup.strength());
     const FunctionIndex found = m_function_lookup.find(
         hash, [&](FunctionIndex index) { return sameFunction(m_functions[index], identity); });
     if (found != HashIndex::none) return found;
     const auto index = static_cast<FunctionIndex>(m_functions.size());
     m_functions.push_back(identity);
-    m_function_lookup.insert(hash, index);
+    m_function_lookup.insert(index, [this](FunctionIndex at, HashStrength strength) {
+        return hashFunction(m_functions[at], strength);
+    });
     return index;
 }
 

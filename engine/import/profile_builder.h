@@ -17,6 +17,9 @@ namespace panedeck::engine {
 
 using MetricIndex = std::uint32_t;
 
+/// Why a profile is refused whose weights do not fit together into 64 bits.
+inline constexpr char total_would_wrap[] = "the total weight would exceed 9223372036854775807";
+
 /// A sample that keeps its place in the file.
 struct SampleRecord {
     ThreadIndex thread = 0;

@@ -19,23 +19,26 @@ StringInterner::StringInterner() {
 }
 
 std::uint32_t StringInterner::intern(std::string_view text) {
-    const std::uint64_t hash = hashText(text);
+    const std::uint64_t hash = hashText(text, m_lookup.strength());
     const std::uint32_t found = m_lookup.find(hash, [&](std::uint32_t at) {
         return std::string_view(m_entries[at].text, m_entries[at].size) == text;
     });
-    return found == HashIndex::none ? add(text, hash) : m_entries[found].index;
+    return found == HashIndex::none ? add(text) : m_entries[found].index;
 }
 
-std::uint32_t StringInterner::add(std::string_view text, std::uint64_t hash) {
-    if (!portkit2::is_valid_utf8(text)) return addEntry(text, hash, intern(portkit2::repair_utf8(text)));
+std::uint32_t StringInterner::add(std::string_view text) {
+    if (!portkit2::is_valid_utf8(text)) return addEntry(text, intern(portkit2::repair_utf8(text)));
     const auto index = static_cast<std::uint32_t>(m_entry_of_index.size());
     m_entry_of_index.push_back(static_cast<std::uint32_t>(m_entries.size()));
-    return addEntry(text, hash, index);
+    return addEntry(text, index);
 }
 
-std::uint32_t StringInterner::addEntry(std::string_view text, std::uint64_t hash, std::uint32_t index) {
-    m_lookup.insert(hash, static_cast<std::uint32_t>(m_entries.size()));
+std::uint32_t StringInterner::addEntry(std::string_view text, std::uint32_t index) {
     m_entries.push_back({keep(text), static_cast<std::uint32_t>(text.size()), index});
+    m_lookup.insert(static_cast<std::uint32_t>(m_entries.size() - 1),
+                    [this](std::uint32_t at, HashStrength strength) {
+                        return hashText({m_entries[at].text, m_entries[at].size}, strength);
+                    });
     m_text_bytes += text.size();
     return index;
 }

@@ -32,8 +32,8 @@ private:
         std::uint32_t index;
     };
 
-    std::uint32_t add(std::string_view text, std::uint64_t hash);
-    std::uint32_t addEntry(std::string_view text, std::uint64_t hash, std::uint32_t index);
+    std::uint32_t add(std::string_view text);
+    std::uint32_t addEntry(std::string_view text, std::uint32_t index);
     const char* keep(std::string_view text);
 
     HashIndex m_lookup;

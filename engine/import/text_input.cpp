@@ -66,6 +66,8 @@ bool TextInput::fill() {
     m_read += count;
     if (m_progress) m_progress->advance_to(m_source->position());
     if (count == 0) {
+        // Sources that wait give up when they are cancelled, and look like an end then.
+        m_canceled = notifykit2::is_canceled(m_progress);
         m_failure = m_source->failure();
         return stop();
     }

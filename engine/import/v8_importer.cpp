@@ -33,12 +33,14 @@ ImportOutcome parse(TextInput& input, ProfileBuilder& builder, V8Document& docum
 } // namespace
 
 // A brace alone does not do: functions called `{main}` are the roots of some folded stacks.
-bool V8Importer::recognises(const TextBeginning& beginning) const {
+FormatScore V8Importer::score(const TextBeginning& beginning) const {
     constexpr std::string_view white = " \t\r\n";
     const std::size_t brace = beginning.text.find_first_not_of(white);
-    if (brace == std::string_view::npos || beginning.text[brace] != '{') return false;
+    if (brace == std::string_view::npos || beginning.text[brace] != '{') return {};
     const std::size_t next = beginning.text.find_first_not_of(white, brace + 1);
-    return next == std::string_view::npos || beginning.text[next] == '"' || beginning.text[next] == '}';
+    const bool is_object =
+        next == std::string_view::npos || beginning.text[next] == '"' || beginning.text[next] == '}';
+    return {is_object ? 1u : 0u, 1};
 }
 
 ImportOutcome V8Importer::import(TextInput& input, ProfileBuilder& builder, ImportReport& report) const {

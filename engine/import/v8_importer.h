@@ -9,7 +9,7 @@ namespace panedeck::engine {
 class V8Importer final : public IImporter {
 public:
     std::string_view name() const override { return "V8 CPU profile"; }
-    bool recognises(const TextBeginning& beginning) const override;
+    FormatScore score(const TextBeginning& beginning) const override;
     ImportOutcome import(TextInput& input, ProfileBuilder& builder, ImportReport& report) const override;
 };
 

@@ -1,6 +1,7 @@
 #include "import/v8_json_handler.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -13,6 +14,21 @@ Field lookUp(const std::array<std::pair<std::string_view, Field>, count>& table,
     for (const auto& [name, field] : table)
         if (name == key) return field;
     return Field::none;
+}
+
+// Digits, perhaps with a sign and a fraction; exponents are not written as text.
+bool parseV8Number(std::string_view text, V8Number& number) {
+    const char* const end = text.data() + text.size();
+    std::int64_t whole = 0;
+    if (const auto read = std::from_chars(text.data(), end, whole);
+        read.ec == std::errc() && read.ptr == end) {
+        number = SampleWeight::of(whole);
+        return true;
+    }
+    double decimal = 0;
+    const auto read = std::from_chars(text.data(), end, decimal, std::chars_format::fixed);
+    number = SampleWeight::of(decimal);
+    return read.ec == std::errc() && read.ptr == end;
 }
 
 } // namespace
@@ -45,6 +61,10 @@ V8JsonHandler::Field V8JsonHandler::callFrameField(std::string_view key) {
          {"lineNumber", Field::line_number},
          {"columnNumber", Field::column_number}}};
     return lookUp(table, key);
+}
+
+bool V8JsonHandler::isPlainNumber(Field field) {
+    return field == Field::hit_count || field == Field::line_number || field == Field::column_number;
 }
 
 const char* V8JsonHandler::describe(Field field) {
@@ -288,10 +308,11 @@ bool V8JsonHandler::hitCount(const V8Number& value) {
 bool V8JsonHandler::string(std::string_view text) {
     m_text.markValue();
     if (is_ignored()) return true;
-    const bool is_member =
-        scope() == Scope::document || scope() == Scope::node || scope() == Scope::call_frame;
-    if (is_member && m_field == Field::none) return true;
-    if (!is_member || (m_field != Field::function_name && m_field != Field::url)) return wrongKind("a text");
+    if (is_member() && m_field == Field::none) return true;
+    V8Number number;
+    if (is_member() && isPlainNumber(m_field) && parseV8Number(text, number)) return memberNumber(number);
+    if (!is_member() || (m_field != Field::function_name && m_field != Field::url))
+        return wrongKind("a text");
     if (text.size() > m_limits.name_bytes)
         return fail("\"" + std::string(describe(m_field)) + "\" is longer than " +
                     std::to_string(m_limits.name_bytes) + " bytes");
@@ -304,12 +325,19 @@ bool V8JsonHandler::string(std::string_view text) {
     return true;
 }
 
+// A profile without its samples would be another profile, and a node without its id is none.
+bool V8JsonHandler::null() {
+    const bool is_needed = !is_member() || m_field == Field::id || m_field == Field::samples ||
+                           m_field == Field::time_deltas || m_field == Field::timestamps;
+    if (is_needed) return other("null");
+    m_text.markValue();
+    return true;
+}
+
 bool V8JsonHandler::other(const char* kind) {
     m_text.markValue();
     if (is_ignored()) return true;
-    const bool is_member =
-        scope() == Scope::document || scope() == Scope::node || scope() == Scope::call_frame;
-    if (is_member && m_field == Field::none) return true;
+    if (is_member() && m_field == Field::none) return true;
     return wrongKind(kind);
 }
 

@@ -21,7 +21,7 @@ public:
     const std::string& failure() const { return m_failure; }
 
     // The reader's events. False stops it.
-    bool Null() { return other("null"); }
+    bool Null() { return null(); }
     bool Bool(bool) { return other("a truth value"); }
     bool Int(int value) { return number(SampleWeight::of(std::int64_t{value})); }
     bool Uint(unsigned value) { return number(SampleWeight::of(std::int64_t{value})); }
@@ -76,6 +76,10 @@ private:
     Scope scope() const { return m_levels.empty() ? Scope::ignored : m_levels.back().scope; }
     V8Node& node() { return m_document.nodes[m_levels.back().node]; }
     bool is_ignored() const { return m_ignored_depth > 0; }
+    /// Whether a value belongs to the key before it.
+    bool is_member() const {
+        return scope() == Scope::document || scope() == Scope::node || scope() == Scope::call_frame;
+    }
 
     bool enter(Scope scope, V8NodeIndex node = no_v8_node);
     bool ignore();
@@ -95,6 +99,7 @@ private:
     bool identifier(const V8Number& value, std::optional<std::int64_t>& result);
     bool hitCount(const V8Number& value);
     bool string(std::string_view text);
+    bool null();
     bool other(const char* kind);
     bool wrongKind(const char* kind);
     bool fail(std::string why);
@@ -102,6 +107,8 @@ private:
     static Field documentField(std::string_view key);
     static Field nodeField(std::string_view key);
     static Field callFrameField(std::string_view key);
+    /// Of a number that may be given as text: ids and times are needed exactly as they are.
+    static bool isPlainNumber(Field field);
     static const char* describe(Field field);
 
     JsonText& m_text;

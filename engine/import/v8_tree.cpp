@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::size_t poll_every = 65536;
 
-std::uint64_t hashId(std::int64_t id) {
-    return hashWords(static_cast<std::uint64_t>(id), 0);
+std::uint64_t hashId(std::int64_t id, HashStrength strength) {
+    return hashWords(static_cast<std::uint64_t>(id), 0, strength);
 }
 
 ImportOutcome refuse(const V8Node& node, const std::string& what) {
@@ -39,7 +39,8 @@ ImportOutcome V8Tree::build(notifykit2::IProgress* progress) {
 }
 
 V8NodeIndex V8Tree::find(std::int64_t id) const {
-    const auto found = m_by_id.find(hashId(id), [&](V8NodeIndex at) { return m_ids[at] == id; });
+    const std::uint64_t hash = hashId(id, m_by_id.strength());
+    const auto found = m_by_id.find(hash, [&](V8NodeIndex at) { return m_ids[at] == id; });
     return found == HashIndex::none ? no_v8_node : found;
 }
 
@@ -47,8 +48,9 @@ ImportOutcome V8Tree::indexIds() {
     for (V8NodeIndex at = 0; at < m_document.nodes.size(); ++at) {
         const V8Node& node = m_document.nodes[at];
         if (find(*node.id) != no_v8_node) return refuse(node, "is there more than once");
-        m_by_id.insert(hashId(*node.id), at);
         m_ids.push_back(*node.id);
+        m_by_id.insert(
+            at, [this](V8NodeIndex other, HashStrength strength) { return hashId(m_ids[other], strength); });
     }
     return ImportOutcome::done();
 }

@@ -1,20 +1,18 @@
 #include "store/result_directory.h"
 
+#include "basekit/random_text.h"
 #include "basekit/variant_bag.h"
 #include "basekit/variant_bag_xml.h"
 #include "settingshub/whole_file.h"
+#include "store/checksum.h"
+#include "store/new_folder.h"
 #include "store/profile_database.h"
 #include "store/profile_validation.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace panedeck::engine {
 
@@ -26,50 +24,9 @@ constexpr char database_name[] = "profile.sqlite";
 constexpr char result_extension[] = ".pdres";
 constexpr char project_extension[] = ".pdproj";
 constexpr char result_root[] = "result";
-
-bk2::error_code_t systemFailure(const std::string& path) {
-    return bk2::error_code_t::failure(fmt::format("{}: {}", path, std::strerror(errno)));
-}
-
-bk2::error_code_t flushToDisk(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return systemFailure(path);
-    const bk2::error_code_t error = ::fsync(descriptor) == 0 ? bk2::error_code_t() : systemFailure(path);
-    ::close(descriptor);
-    return error;
-}
-
-/// A folder that is removed with its content unless it was put into its final place.
-class NewFolder {
-public:
-    ~NewFolder() {
-        std::error_code ignored;
-        if (!m_path.empty()) fs::remove_all(m_path, ignored);
-    }
-
-    bk2::error_code_t makeBeside(const fs::path& final_place) {
-        std::error_code error;
-        fs::create_directories(final_place.parent_path(), error);
-        std::string pattern =
-            (final_place.parent_path() / fmt::format(".{}.XXXXXX", final_place.filename().string())).string();
-        if (error || !::mkdtemp(pattern.data())) return systemFailure(pattern);
-        m_path = pattern;
-        ::chmod(pattern.c_str(), 0755);
-        return {};
-    }
-
-    /// Fails if something other than an empty folder stands at the final place.
-    bk2::error_code_t moveTo(const fs::path& final_place) {
-        if (::rename(m_path.c_str(), final_place.c_str()) != 0) return systemFailure(final_place.string());
-        m_path.clear();
-        return flushToDisk(final_place.parent_path().string());
-    }
-
-    const fs::path& path() const { return m_path; }
-
-private:
-    fs::path m_path;
-};
+constexpr char checksum_key[] = "checksum";
+constexpr int first_with_checksum = 2;
+constexpr unsigned id_bytes = 16;
 
 // An absolute path without a slash at its end, so that the last part is the result's name.
 fs::path normalized(const std::string& directory) {
@@ -78,18 +35,33 @@ fs::path normalized(const std::string& directory) {
     return path.has_filename() ? path : path.parent_path();
 }
 
-std::string describe(const ProfileData& data, const ResultFacts& facts) {
-    bk2::variant_bag_t bag;
-    bag.put<bk2::variant_t>("schema", bk2::variant_t(profile_schema_version));
-    bag.put<bk2::variant_t>("name", bk2::variant_t(facts.name));
-    bag.put<bk2::variant_t>("source", bk2::variant_t(facts.source));
-    bag.put<bk2::variant_t>("format", bk2::variant_t(facts.format));
-    bag.put<bk2::variant_t>("samples", bk2::variant_t(bk2::u64_t{data.samples()}));
-    for (const MetricColumn& metric : data.metrics)
-        bag.add_variant_bag("metric").put<bk2::variant_t>("name", bk2::variant_t(metric.name));
+std::string toText(const bk2::variant_bag_t& bag) {
     ustring8 text;
     static_cast<void>(bk2::save_variant_bag_to_string2(bag, text, result_root));
     return std::string(text.c_str(), text.size());
+}
+
+/// Of a description without its checksum: of what it says, however it is laid out.
+std::int64_t checksumOf(const bk2::variant_bag_t& bag) {
+    Checksum sum;
+    sum.add(toText(bag));
+    return sum.value();
+}
+
+std::string describe(const ProfileData& data, const ResultFacts& facts, const std::string& id) {
+    bk2::variant_bag_t bag;
+    bag.put<bk2::variant_t>("schema", bk2::variant_t(profile_schema_version));
+    bag.put<bk2::variant_t>("id", bk2::variant_t(id));
+    bag.put<bk2::variant_t>("name", bk2::variant_t(facts.name));
+    bag.put<bk2::variant_t>("source", bk2::variant_t(facts.source));
+    bag.put<bk2::variant_t>("format", bk2::variant_t(facts.format));
+    if (!facts.taken.empty()) bag.put<bk2::variant_t>("taken", bk2::variant_t(facts.taken));
+    bag.put<bk2::variant_t>("samples", bk2::variant_t(bk2::u64_t{data.samples()}));
+    for (const MetricColumn& metric : data.metrics)
+        bag.add_variant_bag("metric").put<bk2::variant_t>("name", bk2::variant_t(metric.name));
+    const std::int64_t sum = checksumOf(bag);
+    bag.put<bk2::variant_t>(checksum_key, bk2::variant_t(bk2::s64_t{sum}));
+    return toText(bag);
 }
 
 std::string findFileWithExtension(const fs::path& folder, const char* extension) {
@@ -113,7 +85,22 @@ std::string textOf(const bk2::variant_bag_t& bag, const char* name) {
     return std::string(bag.get_variant(name).text());
 }
 
-bk2::error_code_t readFacts(const std::string& file, ResultFacts& facts) {
+/// What a result's description says of the database beside it.
+struct Identity {
+    bk2::s64_t schema = 0;
+    std::string id;
+};
+
+// Values come back in the order and the types in which they were written, so that the same bag is the same
+// text.
+bk2::error_code_t checkDescription(const std::string& file, bk2::variant_bag_t& bag) {
+    const bk2::variant_t stored = bag.get_variant(checksum_key);
+    bag.remove<bk2::variant_t>(checksum_key);
+    if (stored.can_get<bk2::s64_t>() && stored.get<bk2::s64_t>() == checksumOf(bag)) return {};
+    return bk2::error_code_t::failure(file + ": damaged: its checksum does not fit");
+}
+
+bk2::error_code_t readFacts(const std::string& file, ResultFacts& facts, Identity& identity) {
     std::string text;
     if (auto error = settingshub2::read_whole_file(file, text); error.failed()) return error;
     bk2::variant_bag_t bag;
@@ -122,28 +109,56 @@ bk2::error_code_t readFacts(const std::string& file, ResultFacts& facts) {
     if (error.failed()) return bk2::error_code_t::failure(fmt::format("{}: {}", file, error.message()));
     const bk2::variant_t schema = bag.get_variant("schema");
     if (!schema.can_get<bk2::s64_t>()) return bk2::error_code_t::failure(file + ": no result file");
-    if (schema.get<bk2::s64_t>() > profile_schema_version)
+    identity = {schema.get<bk2::s64_t>(), textOf(bag, "id")};
+    if (identity.schema > profile_schema_version)
         return bk2::error_code_t::failure(
             fmt::format("{}: written by a newer version of this program (schema {}, this one reads up to {})",
-                        file, schema.get<bk2::s64_t>(), profile_schema_version));
-    facts = {textOf(bag, "name"), textOf(bag, "source"), textOf(bag, "format")};
+                        file, identity.schema, profile_schema_version));
+    if (identity.schema >= first_with_checksum)
+        if (auto damage = checkDescription(file, bag); damage.failed()) return damage;
+    facts.name = textOf(bag, "name");
+    facts.source = textOf(bag, "source");
+    facts.format = textOf(bag, "format");
+    facts.taken = textOf(bag, "taken");
+    return {};
+}
+
+bk2::error_code_t findFiles(const fs::path& folder, std::string& file, std::string& database) {
+    file = findResultFile(folder);
+    if (file.empty()) return bk2::error_code_t::failure(folder.string() + ": no result directory");
+    database = (folder / database_name).string();
+    std::error_code missing;
+    if (!fs::is_regular_file(database, missing))
+        return bk2::error_code_t::failure(database + ": missing, the result is incomplete");
+    return {};
+}
+
+/// Reads the description, then the database with `read_database(path, facts)`, and compares the two.
+template <class ReadDatabase>
+bk2::error_code_t readBoth(const fs::path& folder, ResultFacts& facts, const ReadDatabase& read_database) {
+    std::string file;
+    std::string database;
+    if (auto error = findFiles(folder, file, database); error.failed()) return error;
+    Identity identity;
+    if (auto error = readFacts(file, facts, identity); error.failed()) return error;
+    DatabaseFacts stored;
+    if (auto error = read_database(database, stored); error.failed()) return error;
+    if (stored.schema != identity.schema || stored.result_id != identity.id)
+        return bk2::error_code_t::failure(
+            fmt::format("{}: belongs to another result than {}", database, file));
+    facts.notes = std::move(stored.notes);
+    if (facts.name.empty()) facts.name = folder.filename().string();
     return {};
 }
 
 bk2::error_code_t readInto(const fs::path& folder, ProfileData& data, ResultFacts& facts,
                            notifykit2::IProgress* progress) {
-    const std::string file = findResultFile(folder);
-    if (file.empty()) return bk2::error_code_t::failure(folder.string() + ": no result directory");
-    if (auto error = readFacts(file, facts); error.failed()) return error;
-    const std::string database = (folder / database_name).string();
-    std::error_code missing;
-    if (!fs::is_regular_file(database, missing))
-        return bk2::error_code_t::failure(database + ": missing, the result is incomplete");
-    if (auto error = readProfileDatabase(database, data, progress); error.failed()) return error;
-    if (auto error = validateProfile(data); error.failed())
-        return bk2::error_code_t::failure(fmt::format("{}: {}", database, error.message()));
-    if (facts.name.empty()) facts.name = folder.filename().string();
-    return {};
+    return readBoth(folder, facts, [&](const std::string& database, DatabaseFacts& stored) {
+        if (auto error = readProfileDatabase(database, data, stored, progress); error.failed()) return error;
+        const auto error = validateProfile(data);
+        return error.failed() ? bk2::error_code_t::failure(fmt::format("{}: {}", database, error.message()))
+                              : error;
+    });
 }
 
 } // namespace
@@ -155,11 +170,15 @@ bk2::error_code_t writeResult(const ProfileData& data, const std::string& direct
     NewFolder folder;
     if (auto error = folder.makeBeside(final_place); error.failed()) return error;
 
+    const std::string id = bk2::random_hex_digits(id_bytes);
     const std::string database = (folder.path() / database_name).string();
-    if (auto error = writeProfileDatabase(data, database, progress); error.failed()) return error;
+    if (auto error =
+            writeProfileDatabase(data, {profile_schema_version, id, facts.notes}, database, progress);
+        error.failed())
+        return error;
     if (auto error = flushToDisk(database); error.failed()) return error;
     const std::string file = (folder.path() / (final_place.filename().string() + result_extension)).string();
-    if (auto error = settingshub2::write_whole_file(file, describe(data, facts)); error.failed())
+    if (auto error = settingshub2::write_whole_file(file, describe(data, facts, id)); error.failed())
         return error;
     if (auto error = flushToDisk(folder.path().string()); error.failed()) return error;
     return folder.moveTo(final_place);
@@ -175,6 +194,17 @@ bk2::error_code_t readResult(const std::string& directory, ProfileData& data, Re
         facts = {};
     }
     return error;
+}
+
+bk2::error_code_t readResultFacts(const std::string& directory, ResultFacts& facts) {
+    facts = {};
+    const auto error = readBoth(normalized(directory), facts, readDatabaseFacts);
+    if (error.failed()) facts = {};
+    return error;
+}
+
+void removeAbandonedResults(const std::string& folder) {
+    NewFolder::removeAbandoned(folder);
 }
 
 bool isResultDirectory(const std::string& directory) {

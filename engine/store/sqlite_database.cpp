@@ -2,6 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace panedeck::engine {
 
 namespace {
@@ -25,8 +30,11 @@ std::string toUri(const std::string& path) {
 
 bk2::error_code_t SqliteDatabase::create(const std::string& path) {
     m_path = path;
-    if (auto error = open(toUri(path), SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE); error.failed())
-        return error;
+    // SQLite would take fewer rights than it could, and a file that somebody else has put there.
+    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (descriptor < 0) return bk2::error_code_t::failure(fmt::format("{}: {}", path, std::strerror(errno)));
+    ::close(descriptor);
+    if (auto error = open(toUri(path), SQLITE_OPEN_READWRITE); error.failed()) return error;
     return execute(bulk_writing);
 }
 
@@ -73,6 +81,7 @@ bk2::error_code_t SqliteDatabase::lastFailure() const {
 
 SqliteStatement& SqliteStatement::bind(int parameter, std::int64_t value) {
     sqlite3_bind_int64(m_statement.get(), parameter, value);
+    if (m_sum) m_sum->add(value);
     return *this;
 }
 
@@ -80,11 +89,13 @@ SqliteStatement& SqliteStatement::bind(int parameter, std::string_view text) {
     // A null pointer would bind NULL: an empty text is a text.
     const char* characters = text.data() ? text.data() : "";
     sqlite3_bind_text64(m_statement.get(), parameter, characters, text.size(), SQLITE_STATIC, SQLITE_UTF8);
+    if (m_sum) m_sum->add(text);
     return *this;
 }
 
 SqliteStatement& SqliteStatement::bind(int parameter, std::span<const std::byte> bytes) {
     sqlite3_bind_blob64(m_statement.get(), parameter, bytes.data(), bytes.size(), SQLITE_STATIC);
+    if (m_sum) m_sum->add(bytes);
     return *this;
 }
 
@@ -111,6 +122,21 @@ std::span<const std::byte> SqliteStatement::bytes(int column) const {
     const auto* data = static_cast<const std::byte*>(sqlite3_column_blob(m_statement.get(), column));
     if (!data) return {};
     return {data, static_cast<std::size_t>(sqlite3_column_bytes(m_statement.get(), column))};
+}
+
+void SqliteStatement::addRow(Checksum& sum) const {
+    for (int column = 0; column < sqlite3_column_count(m_statement.get()); ++column)
+        switch (sqlite3_column_type(m_statement.get(), column)) {
+        case SQLITE_INTEGER:
+            sum.add(integer(column));
+            break;
+        case SQLITE_TEXT:
+            sum.add(text(column));
+            break;
+        default: // a kind that is not stored here adds what no other kind does
+            sum.add(bytes(column));
+            break;
+        }
 }
 
 } // namespace panedeck::engine

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basekit/error_code.h"
+#include "store/checksum.h"
 
 #include <sqlite3.h>
 
@@ -17,8 +18,9 @@ class SqliteStatement;
 /// An open SQLite file. Every failure names the file. For one thread.
 class SqliteDatabase {
 public:
-    /// Makes a new file for bulk writing: no journal, no flushing; a crash leaves rubbish, so the caller
-    /// writes beside the final place and flushes the finished file itself.
+    /// Makes a new file for bulk writing, with the rights that the user gives to new files: no journal, no
+    /// flushing; a crash leaves rubbish, so the caller writes beside the final place and flushes the finished
+    /// file itself.
     bk2::error_code_t create(const std::string& path);
 
     /// Opens a file that nobody changes: no lock and no file beside it, so a read-only folder will do.
@@ -47,6 +49,9 @@ private:
 /// A prepared statement of a database, which must outlive it.
 class SqliteStatement {
 public:
+    /// Adds what is bound from now on to `sum`, which must outlive the statement; null ends that.
+    void countInto(Checksum* sum) { m_sum = sum; }
+
     SqliteStatement& bind(int parameter, std::int64_t value);
     /// Text and bytes are not copied: they must live until the next `run` or `step`.
     SqliteStatement& bind(int parameter, std::string_view text);
@@ -65,6 +70,8 @@ public:
     /// Both are valid until the next step.
     std::string_view text(int column) const;
     std::span<const std::byte> bytes(int column) const;
+    /// Adds the row's values to `sum`, as they would have been added when they were bound.
+    void addRow(Checksum& sum) const;
 
 private:
     friend class SqliteDatabase;
@@ -75,6 +82,7 @@ private:
 
     std::unique_ptr<sqlite3_stmt, Finalizer> m_statement;
     const SqliteDatabase* m_database = nullptr;
+    Checksum* m_sum = nullptr;
 };
 
 } // namespace panedeck::engine

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <utility>
 
 namespace panedeck::host {
@@ -13,6 +14,12 @@ constexpr int badUsage = 2;
 std::string checkServer(const std::string& text) {
     if (parseServerAddress(text)) return {};
     return "not a numeric address with a port, such as 127.0.0.1:4242: " + text;
+}
+
+/// One with a line break could not be kept out of logs.
+std::string checkToken(const std::string& text) {
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+    return std::any_of(text.begin(), text.end(), isControl) ? "a token has no control characters" : "";
 }
 
 std::string checkPath(const std::string& text) {
@@ -28,9 +35,14 @@ std::variant<host_options_t, early_exit_t> parseHostOptions(int argc, const char
     CLI::App app("Opens one or two profiling results and serves the panes of a GUI server.", "panedeck-host");
     app.add_option("--server", server, "Address and port of the GUI server")->required()->check(checkServer);
     app.add_option("--role", options.role, "How the host introduces itself")->capture_default_str();
-    app.add_option("--token", options.token, "The secret that the GUI server asks for");
+    // Other users of the machine can read arguments, but not the environment.
+    app.add_option("--token", options.token, "The secret that the GUI server asks for")
+        ->envname("PANEDECK_TOKEN")
+        ->check(checkToken);
     app.add_option("--user-dir", options.userDirectory, "Folder of the user's settings");
     app.add_option("--config-dir", options.configDirectory, "Folder of the product's configuration");
+    app.add_option("--export-dir", options.exportDirectory,
+                   "Folder of this user alone, shared with the GUI server for downloads");
     app.add_option("RESULT", results[0], "Result directory or profile file")->required()->check(checkPath);
     app.add_option("RESULT2", results[1], "A second one, to be compared with the first")->check(checkPath);
     try {

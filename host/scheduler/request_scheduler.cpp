@@ -7,19 +7,7 @@
 
 namespace panedeck::host {
 
-/// A request with the scheduler's bookkeeping. An entry waits until all earlier ones that block it have left,
-/// is then handed to the task system, and leaves when its task has finished or when it is cancelled while it
-/// waits.
-struct RequestScheduler::entry_t {
-    std::shared_ptr<ScheduledRequest> request;
-    bool exclusive = false;
-
-    bool waiting = true;
-    bool left = false;
-    std::size_t blockers = 0;            ///< how many entries must leave first
-    std::vector<entry_ptr_t> dependents; ///< later entries that wait for this one
-    std::list<entry_ptr_t>::iterator position;
-};
+using state_t = scheduler_entry_t::state_t;
 
 RequestScheduler::RequestScheduler(std::shared_ptr<IRequestDispatcher> dispatcher,
                                    bk2::sptr_t<ISocketClient> client, bk2::task_system_t& tasks)
@@ -39,6 +27,10 @@ bk2::error_code_t RequestScheduler::schedule(const char* requestId, const char* 
         return bk2::error_code_t::raise(bk2::kinds::failed_to_process_this_operation, "The host is stopping");
     case admission_t::duplicate:
         return refuseDuplicate(entry->request->requestId());
+    case admission_t::tooMany:
+        return bk2::error_code_t::raise(bk2::kinds::failed_to_process_this_operation,
+                                        "Too many requests wait: at most " + std::to_string(mostWaiting) +
+                                            " may");
     case admission_t::admitted:
         carryOut(actions);
     }
@@ -49,37 +41,38 @@ RequestScheduler::admission_t RequestScheduler::admit(const entry_ptr_t& entry, 
     std::lock_guard lock(m_mutex);
     if (m_stopped) return admission_t::stopped;
     if (isIdOpen(entry->request->requestId())) return admission_t::duplicate;
-    doomWhere([&](const entry_t& earlier) { return displaces(*entry, earlier); }, actions);
+    if (m_waiting >= mostWaiting) return admission_t::tooMany;
+    const subject_t subject = subjectOf(*entry);
+    doomWhere([&](const subject_t& earlier) { return displaces(subject, earlier); }, actions);
     enqueue(entry, actions);
     return admission_t::admitted;
 }
 
-RequestScheduler::entry_ptr_t RequestScheduler::makeEntry(const char* requestId, const char* requestType,
-                                                          bk2::variant_bag_t& request) {
-    auto entry = std::make_shared<entry_t>();
+entry_ptr_t RequestScheduler::makeEntry(const char* requestId, const char* requestType,
+                                        bk2::variant_bag_t& request) {
+    auto entry = std::make_shared<scheduler_entry_t>();
     const std::string id = requestId ? requestId : "";
     const std::string type = requestType ? requestType : "";
     auto taskName = m_strategy->buildTaskName(type, request);
     entry->exclusive = m_strategy->isExclusive(taskName);
     entry->request =
         std::make_shared<ScheduledRequest>(std::move(taskName), id, type, request, m_dispatcher, m_client);
+    entry->request->onBegin([this, weak = std::weak_ptr(entry)] {
+        if (const auto begun = weak.lock()) onBegin(*begun);
+    });
     entry->request->task()->finished().connect(*this, [this, weak = std::weak_ptr(entry)] {
         if (const auto finished = weak.lock()) onFinished(finished);
     });
     return entry;
 }
 
-bool RequestScheduler::displaces(const entry_t& later, const entry_t& earlier) const {
-    const auto& one = later.request->gridId();
-    const auto& other = earlier.request->gridId();
-    if (one && other && *one != *other) return false;
-    return m_strategy->isDisplacedBy(earlier.request->taskName(), later.request->taskName());
+RequestScheduler::subject_t RequestScheduler::subjectOf(const scheduler_entry_t& entry) {
+    return {entry.request->taskName(), entry.request->gridId()};
 }
 
-bool RequestScheduler::waitsFor(const entry_t& later, const entry_t& earlier) const {
-    if (later.request->isChanging() && earlier.request->isChanging()) return true;
-    if (later.exclusive && displaces(later, earlier)) return true;
-    return earlier.exclusive && displaces(earlier, later);
+bool RequestScheduler::displaces(const subject_t& later, const subject_t& earlier) const {
+    if (later.second && earlier.second && *later.second != *earlier.second) return false;
+    return m_strategy->isDisplacedBy(earlier.first, later.first);
 }
 
 bool RequestScheduler::isIdOpen(const std::string& requestId) const {
@@ -94,25 +87,34 @@ bk2::error_code_t RequestScheduler::refuseDuplicate(const std::string& requestId
     return m_client->sendErrorResponse(nullptr, error);
 }
 
-void RequestScheduler::enqueue(const entry_ptr_t& entry, actions_t& actions) {
-    for (const auto& earlier : m_entries) {
-        if (!waitsFor(*entry, *earlier)) continue;
-        earlier->dependents.push_back(entry);
-        ++entry->blockers;
+std::vector<entry_ptr_t> RequestScheduler::blockersOf(const scheduler_entry_t& entry) const {
+    std::vector<entry_ptr_t> blockers;
+    const subject_t subject = subjectOf(entry);
+    for (const auto& [earlier, group] : m_groups) {
+        const bool blocks = (entry.exclusive && displaces(subject, earlier)) ||
+                            (group.begin()->second->exclusive && displaces(earlier, subject));
+        if (!blocks) continue;
+        for (const auto& [number, blocker] : group)
+            blockers.push_back(blocker);
     }
-    entry->position = m_entries.insert(m_entries.end(), entry);
+    return blockers;
+}
+
+void RequestScheduler::enqueue(const entry_ptr_t& entry, actions_t& actions) {
+    const auto blockers = blockersOf(*entry);
+    entry->number = ++m_lastNumber;
+    ++m_waiting;
+    m_groups[subjectOf(*entry)].emplace(entry->number, entry);
     if (!entry->request->requestId().empty()) m_byId[entry->request->requestId()] = entry;
-    if (entry->blockers > 0) return;
-    entry->waiting = false;
-    actions.ready.push_back(entry);
+    m_order.enter(entry, blockers, actions.ready);
 }
 
 template <class Condition>
 void RequestScheduler::doomWhere(Condition condition, actions_t& actions) {
-    std::vector<entry_ptr_t> doomed;
-    std::copy_if(m_entries.begin(), m_entries.end(), std::back_inserter(doomed),
-                 [&](const entry_ptr_t& entry) { return condition(*entry); });
-    for (const auto& entry : doomed)
+    group_t doomed;
+    for (const auto& [subject, group] : m_groups)
+        if (condition(subject)) doomed.insert(group.begin(), group.end());
+    for (const auto& [number, entry] : doomed)
         doom(entry, actions);
 }
 
@@ -120,20 +122,23 @@ void RequestScheduler::doomWhere(Condition condition, actions_t& actions) {
 // says so.
 void RequestScheduler::doom(const entry_ptr_t& entry, actions_t& actions) {
     actions.canceled.push_back(entry);
-    if (entry->waiting) leave(entry, actions);
+    if (entry->state == state_t::waiting) leave(entry, actions);
 }
 
 void RequestScheduler::leave(const entry_ptr_t& entry, actions_t& actions) {
-    if (std::exchange(entry->left, true)) return;
-    entry->waiting = false;
-    m_entries.erase(entry->position);
+    if (entry->state == state_t::left) return;
+    begin(*entry);
+    m_order.leave(entry, actions.ready);
+    const auto group = m_groups.find(subjectOf(*entry));
+    group->second.erase(entry->number);
+    if (group->second.empty()) m_groups.erase(group);
     const auto known = m_byId.find(entry->request->requestId());
     if (known != m_byId.end() && known->second == entry) m_byId.erase(known);
-    for (const auto& dependent : std::exchange(entry->dependents, {})) {
-        if (--dependent->blockers > 0 || !dependent->waiting) continue;
-        dependent->waiting = false;
-        actions.ready.push_back(dependent);
-    }
+}
+
+/// The entry waits no more, whatever became of it.
+void RequestScheduler::begin(scheduler_entry_t& entry) {
+    if (!std::exchange(entry.begun, true)) --m_waiting;
 }
 
 // Cancels come first, so that `canceled` is out before anything of a later request.
@@ -150,6 +155,11 @@ void RequestScheduler::start(const entry_ptr_t& entry) {
     if (m_tasks.start(entry->request->task())) return;
     entry->request->cancel();
     onFinished(entry);
+}
+
+void RequestScheduler::onBegin(scheduler_entry_t& entry) {
+    std::lock_guard lock(m_mutex);
+    begin(entry);
 }
 
 void RequestScheduler::onFinished(const entry_ptr_t& entry) {
@@ -175,8 +185,8 @@ void RequestScheduler::onFilterChanged(const std::string& filterName) {
     {
         std::lock_guard lock(m_mutex);
         doomWhere(
-            [&](const entry_t& entry) {
-                return m_strategy->isDisplacedOnFilterChange(entry.request->taskName(), filterName);
+            [&](const subject_t& subject) {
+                return m_strategy->isDisplacedOnFilterChange(subject.first, filterName);
             },
             actions);
     }
@@ -188,9 +198,7 @@ void RequestScheduler::onKnobChanged() {
     {
         std::lock_guard lock(m_mutex);
         doomWhere(
-            [&](const entry_t& entry) {
-                return m_strategy->isDisplacedOnKnobChange(entry.request->taskName());
-            },
+            [&](const subject_t& subject) { return m_strategy->isDisplacedOnKnobChange(subject.first); },
             actions);
     }
     carryOut(actions);
@@ -200,7 +208,9 @@ void RequestScheduler::abandonRequests() {
     std::vector<entry_ptr_t> abandoned;
     {
         std::lock_guard lock(m_mutex);
-        abandoned.assign(m_entries.begin(), m_entries.end());
+        for (const auto& [subject, group] : m_groups)
+            for (const auto& [number, entry] : group)
+                abandoned.push_back(entry);
     }
     for (const auto& entry : abandoned)
         entry->request->abandon();
@@ -211,7 +221,7 @@ void RequestScheduler::stop() {
     {
         std::lock_guard lock(m_mutex);
         m_stopped = true;
-        doomWhere([](const entry_t&) { return true; }, actions);
+        doomWhere([](const subject_t&) { return true; }, actions);
     }
     carryOut(actions);
 }

@@ -12,8 +12,9 @@ namespace panedeck::host {
 
 namespace {
 
-std::optional<std::string> gridIdOf(std::string_view requestType, const bk2::variant_bag_t& request) {
-    if (splitRequestType(requestType).domain != "gridview") return std::nullopt;
+// By the task name: what goes by the name of a grid view request, such as a download, is one.
+std::optional<std::string> gridIdOf(const std::string& taskName, const bk2::variant_bag_t& request) {
+    if (splitRequestType(taskName).domain != "gridview") return std::nullopt;
     const auto* value = request.get_own_value("gridid");
     return value ? std::string(value->text()) : std::string();
 }
@@ -24,7 +25,7 @@ ScheduledRequest::ScheduledRequest(std::string taskName, std::string requestId, 
                                    bk2::variant_bag_t& request, std::shared_ptr<IRequestHandler> dispatcher,
                                    bk2::sptr_t<ISocketClient> client)
     : m_taskName(std::move(taskName)), m_requestId(std::move(requestId)),
-      m_gridId(gridIdOf(requestType, request)), m_changing(isChangingRequest(requestType)),
+      m_gridId(gridIdOf(m_taskName, request)), m_changing(isChangingRequest(requestType)),
       m_dispatcher(std::move(dispatcher)), m_client(std::move(client)),
       m_task(bk2::make_sptr<RequestTask>(m_taskName, m_requestId.c_str(), requestType.c_str(), &request,
                                          this)) {}
@@ -45,6 +46,7 @@ void ScheduledRequest::abandon() {
 bk2::error_code_t ScheduledRequest::handleTaskRequest(const char* requestId, const char* requestType,
                                                       bk2::variant_bag_t& request,
                                                       notifykit2::IProgress* progress) {
+    if (m_begun) m_begun();
     bk2::variant_bag_t response;
     const auto result = dispatch(requestType, request, response, progress);
     if (result.failed()) return result;

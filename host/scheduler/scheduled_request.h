@@ -7,9 +7,11 @@
 #include "transport/isocket_client.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace panedeck::host {
 
@@ -28,6 +30,9 @@ public:
     ScheduledRequest(std::string taskName, std::string requestId, std::string requestType,
                      bk2::variant_bag_t& request, std::shared_ptr<IRequestHandler> dispatcher,
                      bk2::sptr_t<ISocketClient> client);
+
+    /// `begun` is called when a thread takes the request up. To be set before the task is started.
+    void onBegin(std::function<void()> begun) { m_begun = std::move(begun); }
 
     const std::string& taskName() const { return m_taskName; }
     const std::string& requestId() const { return m_requestId; }
@@ -68,6 +73,7 @@ private:
     std::atomic<bool> m_closed{false};
     bool m_closedByTask = false; ///< used on the task's thread only
     bk2::sptr_t<RequestTask> m_task;
+    std::function<void()> m_begun;
 };
 
 } // namespace panedeck::host

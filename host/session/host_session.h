@@ -9,8 +9,10 @@
 #include "program/server_address.h"
 #include "scheduler/request_scheduler.h"
 #include "session/host_event_dispatcher.h"
+#include "session/language_switch.h"
 #include "session/open_results.h"
 #include "session/socket_events.h"
+#include "settingshub/private_folder.h"
 #include "transport/isocket_client.h"
 
 #include <boost/thread/shared_mutex.hpp>
@@ -24,15 +26,16 @@ namespace panedeck::host {
 /// connection. For one thread, which is not the I/O thread.
 class HostSession {
 public:
-    /// Makes the handlers for what is open.
-    explicit HostSession(open_results_t results);
+    /// Makes the handlers for what is open. `exports` is the folder that is shared with the GUI server for
+    /// downloads; not open: there are none.
+    explicit HostSession(open_results_t results, settingshub2::PrivateFolder exports = {});
     /// Closes.
     ~HostSession();
     HostSession(const HostSession&) = delete;
     HostSession& operator=(const HostSession&) = delete;
 
     /// Connects to the GUI server in the background and serves, reconnecting for as long as it takes, until
-    /// `close`. An empty `token` is not handed over.
+    /// `close`. `token` goes into the handshake, and into no log; an empty one is not handed over.
     bk2::error_code_t connect(const server_address_t& server, const std::string& role,
                               const std::string& token);
 
@@ -41,7 +44,7 @@ public:
     void close();
 
 private:
-    void addHandlers();
+    void addHandlers(settingshub2::PrivateFolder exports);
 
     // In the order of dependence: what stands further down uses what stands above it.
     open_results_t m_results;
@@ -55,6 +58,7 @@ private:
     bk2::sptr_t<ISocketClient> m_client;
     RequestScheduler m_scheduler;
     HostEventDispatcher m_events;
+    LanguageSwitch m_languageSwitch;
 };
 
 } // namespace panedeck::host

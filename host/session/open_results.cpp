@@ -19,9 +19,9 @@ bk2::error_code_t importFile(const std::string& path, notifykit2::IProgress* pro
     const auto error = engine::importProfile(path, profile, report, progress);
     if (error.failed()) return error;
     for (const auto& message : report.messages())
-        logkit1::log(logkit1::level_t::warning, path + ": " + message);
+        logkit1::log(logkit1::level_t::info, path + ": " + message);
     const auto name = std::filesystem::path(path).filename().string();
-    return engine::openProfile(std::move(profile), {name, path, report.format}, input);
+    return engine::openProfile(std::move(profile), {name, path, report.format, report.taken, report}, input);
 }
 
 bk2::error_code_t openOne(const std::string& path, notifykit2::IProgress* progress, input_t& input) {
@@ -36,6 +36,7 @@ bk2::error_code_t openResults(const std::vector<std::string>& paths, const std::
                               notifykit2::IProgress* progress, open_results_t& results) {
     results = {};
     open_results_t opened;
+    opened.paths = paths;
     input_t* const places[] = {&opened.first, &opened.second};
     for (std::size_t i = 0; i < paths.size() && i < std::size(places); ++i)
         if (const auto error = openOne(paths[i], progress, *places[i]); error.failed()) return error;

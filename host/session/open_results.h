@@ -15,10 +15,11 @@ struct open_results_t {
     bk2::sptr_t<dataface1::IInputData> first;
     bk2::sptr_t<dataface1::IInputData> second; ///< null unless two are compared
     bk2::sptr_t<dataface1::IQueryLibrary> library;
+    std::vector<std::string> paths; ///< of the results, as they were given
 };
 
 /// Opens one or two results through the engine. Each path is a result directory or a profile file, which is
-/// imported into memory; what the import left out is logged as warnings. `configDirectory` holds the
+/// imported into memory; what the import left out is kept with the input. `configDirectory` holds the
 /// product's query descriptions. Fails with the first failure, naming the file, and leaves `results` empty; a
 /// cancelled `progress` is the cancelled error.
 bk2::error_code_t openResults(const std::vector<std::string>& paths, const std::string& configDirectory,

@@ -13,7 +13,7 @@ namespace panedeck {
 /// The model mutex guards all of the model. The database mutex lets one thread at a time read from the data
 /// provider for this model, with the model mutex released, so that other requests are served meanwhile. No
 /// thread waits for one of the two while it holds the other. The data lock of the open result, where it is
-/// held too, was taken before.
+/// held too, was taken before. A task that has to wait for one of them lends its thread to other tasks.
 class PANEDECK_API GridMutexes {
 public:
     /// True if the calling thread holds the model mutex.

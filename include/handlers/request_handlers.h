@@ -8,10 +8,12 @@
 #include "dataface/input_data.h"
 #include "dispatch/ievent_dispatcher.h"
 #include "dispatch/irequest_handler.h"
+#include "settingshub/session_storage.h"
 
 #include <boost/thread/shared_mutex.hpp>
 
 #include <memory>
+#include <string>
 
 namespace portkit2 {
 class catalog_t;
@@ -42,6 +44,34 @@ createGridViewRequestHandler(const bk2::sptr_t<dataface1::IQueryLibrary>& queryL
                              const bk2::sptr_t<dataface1::IInputData>& extraInputData,
                              std::shared_ptr<IFileSystemCallbacks> fileSystemCallbacks,
                              std::shared_ptr<IViewerCallbacks> viewerCallbacks);
+
+/// Domain `property`: what panes keep for the user and for the open result. `sessionStorage` is the result's,
+/// `queryLibrary` finds custom groupings; without the first every request fails, without the second there are
+/// no custom groupings. The second form says which storage holds custom groupings of earlier versions.
+PANEDECK_API std::shared_ptr<IRequestHandler>
+createStorageRequestHandler(const bk2::sptr_t<settingshub2::ISessionStorageAccessor>& sessionStorage,
+                            const bk2::sptr_t<dataface1::IQueryLibrary>& queryLibrary);
+PANEDECK_API std::shared_ptr<IRequestHandler>
+createStorageRequestHandler(const bk2::sptr_t<settingshub2::IPropertyStorage>& ownStorage,
+                            const bk2::sptr_t<settingshub2::ISessionStorageAccessor>& sessionStorage,
+                            const bk2::sptr_t<dataface1::IQueryLibrary>& queryLibrary);
+
+/// Domain `globalProperty`: named bags in the sections of the user's settings.
+PANEDECK_API std::shared_ptr<IRequestHandler> createGlobalStorageRequestHandler();
+
+/// Domain `localization`: texts for message ids, from the catalog of that name unless a request names
+/// another.
+PANEDECK_API std::shared_ptr<IRequestHandler>
+createLocalizationRequestHandler(const std::string& catalogName);
+
+/// Domain `help`: links for help keywords, from the installed index, and paths of documents.
+PANEDECK_API std::shared_ptr<IRequestHandler> createProductHelpRequestHandler();
+
+/// Domain `statistics`: consent to usage statistics, and the counting of uses.
+PANEDECK_API std::shared_ptr<IRequestHandler> createProductStatisticRequestHandler();
+
+/// Domain `features`: which features are switched on.
+PANEDECK_API std::shared_ptr<IRequestHandler> createFeatureManagementRequestHandler();
 
 /// Domain `options`: reads and changes the user's options. With `outputIsProduct` set, `options:get` always
 /// reports the application's output as "productOutput", whatever is stored.

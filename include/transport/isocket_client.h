@@ -39,8 +39,9 @@ public:
     /// `onConnected` does. `hostname` is a numeric IPv4 or IPv6 address (with an optional scope); any other
     /// text throws `boost::system::system_error`, so check texts from outside first. `role` is what the
     /// handshake introduces the library as. `params` may be null; its content is taken and goes into each
-    /// handshake. Further calls succeed and change nothing, also after `closeConnection` or after a call that
-    /// threw. Null `hostname` or `role`: failure.
+    /// handshake; a text that is marked as a whole, see `sensitive_parameter`, goes without its marks, and
+    /// not into the log. Further calls succeed and change nothing, also after `closeConnection` or after a
+    /// call that threw. Null `hostname` or `role`: failure.
     virtual bk2::error_code_t connectToServer(const char* hostname, unsigned short port, const char* role,
                                               bk2::variant_bag_t* params) = 0;
 

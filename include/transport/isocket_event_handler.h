@@ -24,7 +24,9 @@ public:
     virtual bk2::error_code_t onEvent(const char* name, bk2::variant_bag_t& event) = 0;
 
     /// The connection broke. The client reconnects by itself; answers to requests of this connection are
-    /// lost.
+    /// lost. It does so at its own fixed pace once this returns: a host that wants a slower one may wait
+    /// here, and only here, as long as it ends the wait before it closes the client. There is nothing to be
+    /// read or written meanwhile, and what is sent is dropped.
     virtual void onConnectionLost() = 0;
 
     /// A connection stands, the first or a further one. The handshake is already on its way, ahead of

@@ -10,9 +10,15 @@
 ///
 /// A value and its marks stand in one line: a text is searched line by line (lines end at LF and at CR), in
 /// each from the first opening mark to the last closing mark behind it. So a value with a line break is not
-/// recognised: whoever wraps values has to refuse such a one. Both functions take linear time and constant
+/// recognised: whoever wraps values has to refuse such a one. All functions take linear time and constant
 /// stack, whatever the text holds, and may be called from any thread.
 namespace panedeck::sensitive_parameter {
+
+/// `value` between the marks. It must hold no line break.
+PANEDECK_API std::string mark(const std::string& value);
+
+/// The value, if `text` is a marked one as a whole; else `text`.
+PANEDECK_API std::string withoutMarks(const std::string& text);
 
 /// The value inside the first line of `text` that holds one. A text without the marks logs an assertion and
 /// gives "".

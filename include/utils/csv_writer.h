@@ -24,6 +24,9 @@ public:
     /// False if the file could not be opened or written.
     bool hasValidFileStream() const { return !m_fileStream.fail() && !m_fileStream.bad(); }
 
+    /// Hands all that was written to the system; false if the file is not whole.
+    bool flush();
+
     void writeHeaderBegin();
     void writeHeader(const std::string& text);
     void writeHeaderEnd();

@@ -5,31 +5,30 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace bk2 {
 
 namespace {
 
-[[noreturn]] void stop_in_debugger(const char* text) {
+/// Goes on: most preconditions are about what a request holds, and no request may end the process.
+void tell_of_assertion(const char* text) {
     std::fputs(text, stderr);
-    std::abort();
 }
 
-std::atomic<assertion_handler_t> assertion_handler{stop_in_debugger};
+std::atomic<assertion_handler_t> assertion_handler{tell_of_assertion};
 
-bool stops_on_assertion() {
-    static const bool stops =
+bool wants_debug_assertions() {
+    static const bool wants =
         get_environ_value(std::string(logkit1::component_logger_name()) + "_ERROR_HANDLING").find("assert") !=
         std::string::npos;
-    return stops;
+    return wants;
 }
 
-void log_and_stop(const assertion_site_t& site, const std::string& what) {
+void log_and_tell(const assertion_site_t& site, const std::string& what) {
     const std::string place = std::string(site.file) + ":" + std::to_string(site.line);
     logkit1::log(logkit1::level_t::error, what + ", at file: " + place);
-    if (!stops_on_assertion()) return;
+    if (!wants_debug_assertions()) return;
     const std::string text = std::string(site.condition) + "\n" + site.file + "(" +
                              std::to_string(site.line) + "): " + site.function + "\n";
     assertion_handler.load()(text.c_str());
@@ -38,21 +37,21 @@ void log_and_stop(const assertion_site_t& site, const std::string& what) {
 } // namespace
 
 void report_assertion(const assertion_site_t& site) {
-    log_and_stop(site, site.condition);
+    log_and_tell(site, site.condition);
 }
 
 error_code_t raise_assertion(const assertion_site_t& site, std::string_view kind, std::string_view message) {
-    log_and_stop(site, std::string(kind) + ":" + std::string(message));
+    log_and_tell(site, std::string(kind) + ":" + std::string(message));
     return error_code_t::raise(kind, message, site.function, site.line);
 }
 
 void report_failure(const assertion_site_t& site, const error_code_t& error) {
     if (error.is_canceled()) return;
-    log_and_stop(site, std::string(error.kind()) + ":" + std::string(error.message()));
+    log_and_tell(site, std::string(error.kind()) + ":" + std::string(error.message()));
 }
 
 assertion_handler_t set_assertion_handler(assertion_handler_t handler) {
-    return assertion_handler.exchange(handler ? handler : stop_in_debugger);
+    return assertion_handler.exchange(handler ? handler : tell_of_assertion);
 }
 
 } // namespace bk2

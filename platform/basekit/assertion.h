@@ -16,17 +16,18 @@ struct assertion_site_t {
 };
 
 /// A precondition without a failure kind did not hold: logs at error level "<condition>, at file:
-/// <file>:<line>" and, if the environment variable `panedeck_ERROR_HANDLING` contains "assert", stops in the
+/// <file>:<line>" and, if the environment variable `panedeck_ERROR_HANDLING` contains "assert", calls the
 /// debug assertion.
 PANEDECK_API void report_assertion(const assertion_site_t& site);
 
-/// A precondition did not hold: logs at error level "<kind>:<message>, at file: <file>:<line>", stops in the
+/// A precondition did not hold: logs at error level "<kind>:<message>, at file: <file>:<line>", calls the
 /// debug assertion if asked to as above, and gives the failure to return.
 PANEDECK_API error_code_t raise_assertion(const assertion_site_t& site, std::string_view kind,
                                           std::string_view message);
 
-/// What the debug assertion does with its text; null puts the default back (the text on standard error, then
-/// `abort`). For tests and for hosts with a debugger of their own. Returns the handler that was set before.
+/// What the debug assertion does with its text; null puts the default back, which writes the text to standard
+/// error and goes on. For tests and for hosts with a debugger of their own. Returns the handler that was set
+/// before.
 using assertion_handler_t = void (*)(const char* text);
 PANEDECK_API assertion_handler_t set_assertion_handler(assertion_handler_t handler);
 

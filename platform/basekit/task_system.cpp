@@ -10,7 +10,7 @@ namespace bk2 {
 
 struct task_system_t::queues_t {
     task_queue_t main{1};
-    task_queue_t service{service_thread_count()};
+    task_queue_t service{service_thread_count(), most_lent_places};
     task_queue_t long_tasks{1};
     task_queue_t delay_tasks{1};
 
@@ -31,6 +31,10 @@ task_system_t::~task_system_t() {
 
 unsigned task_system_t::service_thread_count() {
     return std::max(2u, std::thread::hardware_concurrency());
+}
+
+std::size_t task_system_t::count_service_threads() const {
+    return m_queues->service.count_threads();
 }
 
 bool task_system_t::start(const sptr_t<default_task_t>& task) {

@@ -6,6 +6,7 @@
 #include "basekit/default_task.h"
 #include "basekit/sptr.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -22,8 +23,9 @@ inline constexpr char delay_tasks[] = "delay tasks";
 } // namespace queue_names
 
 /// Runs tasks on its named queues: "service" on as many threads as there are cores, at least 2, each other
-/// one on a thread of its own. A queue's threads start with its first task. All operations are safe from any
-/// thread.
+/// one on a thread of its own. Threads start as tasks come. A task of "service" that waits lends its thread's
+/// place, see `task_waiting_scope_t`; at most `most_lent_places` are lent at a time. All operations are safe
+/// from any thread.
 class PANEDECK_API task_system_t {
 public:
     task_system_t();
@@ -41,8 +43,13 @@ public:
     /// called from a task. May be called again.
     void stop();
 
-    /// How many threads serve the queue "service".
+    /// How many threads serve the queue "service" while no task waits.
     static unsigned service_thread_count();
+    /// How many more may serve it while tasks wait.
+    static constexpr unsigned most_lent_places = 64;
+
+    /// How many threads "service" has at present.
+    std::size_t count_service_threads() const;
 
 private:
     struct queues_t;

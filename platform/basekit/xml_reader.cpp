@@ -1,15 +1,12 @@
 #include "basekit/variant_bag_xml.h"
-#include "basekit/xml_attribute_count.h"
 #include "basekit/xml_kind.h"
 
-#include <libxml/SAX2.h>
-#include <libxml/parser.h>
-#include <libxml/parserInternals.h>
+#include <expat.h>
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -18,7 +15,6 @@ namespace bk2 {
 namespace {
 
 constexpr std::size_t deepest_nesting = 512;
-constexpr std::size_t most_attributes = 1024;
 constexpr std::string_view white_space = " \t\r\n";
 
 std::string_view trim(std::string_view text) {
@@ -175,115 +171,92 @@ private:
     bool m_is_found = false;
 };
 
-/// Runs the parser over a text. No document type declaration is let through, so there are no entities but the
-/// predefined ones, nothing external, and nothing that expands.
+/// Runs the parser over a text, in time linear in its length whatever names it holds. No document type
+/// declaration is let through, so there are no entities but the predefined ones, nothing external, and
+/// nothing that expands.
 class xml_parser_t {
 public:
-    xml_parser_t(bag_builder_t& builder, std::string_view text) : m_builder(builder) {
-        static std::once_flag is_initialised;
-        std::call_once(is_initialised, xmlInitParser);
-        m_context.reset(xmlCreateMemoryParserCtxt(text.data(), static_cast<int>(text.size())));
+    explicit xml_parser_t(bag_builder_t& builder) : m_builder(builder) {
+        if (!m_parser) throw std::bad_alloc();
+        XML_SetUserData(m_parser.get(), this);
+        XML_SetElementHandler(m_parser.get(), on_start_element, on_end_element);
+        XML_SetCharacterDataHandler(m_parser.get(), on_text);
+        XML_SetStartDoctypeDeclHandler(m_parser.get(), on_document_type);
     }
 
-    /// False if the text is no well-formed XML or the builder failed; then `failure()` says why.
-    bool parse() {
-        if (!m_context) return false;
-        // Limits of the parser's own would refuse long texts; the encoding is settled before. Without NOENT
-        // an "&amp;" in an attribute would come as "&#38;"; there are no entities but the predefined ones.
-        xmlCtxtUseOptions(m_context.get(),
-                          XML_PARSE_HUGE | XML_PARSE_NONET | XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT);
-        m_context->encoding = xmlStrdup(reinterpret_cast<const xmlChar*>("UTF-8"));
-        install_callbacks(*m_context->sax);
-        m_context->userData = this;
-        xmlParseDocument(m_context.get());
-        return m_context->wellFormed && m_builder.failure().empty();
+    /// False if the text is no well-formed XML or the builder failed; then `failure()` says why. At most 2
+    /// GiB of text.
+    bool parse(std::string_view text) {
+        const XML_Status status =
+            XML_Parse(m_parser.get(), text.data(), static_cast<int>(text.size()), XML_TRUE);
+        if (m_exception) std::rethrow_exception(m_exception);
+        return status == XML_STATUS_OK;
     }
 
     std::string failure() const {
-        if (!m_context) return "the parser could not be started";
-        if (!m_builder.failure().empty()) return at_line(m_failed_line) + m_builder.failure();
-        return at_line(m_failed_line) + (m_fault.empty() ? "no well-formed XML" : m_fault);
+        const std::string& fault = m_builder.failure();
+        return "line " + std::to_string(XML_GetCurrentLineNumber(m_parser.get())) + ": " +
+               (fault.empty() ? XML_ErrorString(XML_GetErrorCode(m_parser.get())) : fault);
     }
 
 private:
-    struct context_deleter_t {
-        void operator()(xmlParserCtxt* context) const {
-            if (context->myDoc) xmlFreeDoc(context->myDoc);
-            xmlFreeParserCtxt(context);
-        }
+    struct deleter_t {
+        void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
     };
 
-    static std::string at_line(int line) { return "line " + std::to_string(line) + ": "; }
-
-    // The older interface: element names come as they are written, prefixes and all.
-    static void install_callbacks(xmlSAXHandler& handler) {
-        handler = {};
-        handler.internalSubset = [](void* self, auto...) { parser(self).refuse_document_type(); };
-        handler.startElement = [](void* self, const xmlChar* tag, const xmlChar** attributes) {
-            parser(self).start_element(tag, attributes);
-        };
-        handler.endElement = [](void* self, const xmlChar*) {
-            parser(self).guard([](bag_builder_t& builder) { builder.end_element(); });
-        };
-        handler.characters = on_text;
-        handler.ignorableWhitespace = on_text;
-        handler.cdataBlock = on_text;
-        handler.warning = ignore_message;
-        handler.error = on_fault;
-        handler.fatalError = on_fault;
+    static void on_start_element(void* self, const char* tag, const char** attributes) {
+        static_cast<xml_parser_t*>(self)->start_element(tag, attributes);
     }
 
-    static xml_parser_t& parser(void* self) { return *static_cast<xml_parser_t*>(self); }
-
-    static void ignore_message(void*, const char*, ...) {}
-
-    // The first fault is the one to tell; others follow from it. The message comes with its blanks filled in
-    // the context.
-    static void on_fault(void* self, const char*, ...) {
-        const xmlError& fault = parser(self).m_context->lastError;
-        if (!parser(self).m_fault.empty()) return;
-        parser(self).m_fault = trim(fault.message ? fault.message : "");
-        parser(self).m_failed_line = fault.line;
+    static void on_end_element(void* self, const char*) {
+        guard(self, [](bag_builder_t& builder) { builder.end_element(); });
     }
 
-    static void on_text(void* self, const xmlChar* text, int length) {
-        const std::string_view piece(reinterpret_cast<const char*>(text), static_cast<std::size_t>(length));
-        parser(self).guard([piece](bag_builder_t& builder) { builder.add_text(piece); });
+    static void on_text(void* self, const char* text, int length) {
+        const std::string_view piece(text, static_cast<std::size_t>(length));
+        guard(self, [piece](bag_builder_t& builder) { builder.add_text(piece); });
     }
 
-    // The parser may still call after it was told to stop.
+    static void on_document_type(void* self, const char*, const char*, const char*, int) {
+        guard(self,
+              [](bag_builder_t& builder) { builder.fail("a document type declaration is not accepted"); });
+    }
+
+    // The parser is C, so that nothing may be thrown through it, and it may still call after it was stopped.
     template <class Action>
-    void guard(Action action) {
-        if (!m_builder.failure().empty()) return;
-        action(m_builder);
-        if (m_builder.failure().empty()) return;
-        m_failed_line = xmlSAX2GetLineNumber(m_context.get());
-        xmlStopParser(m_context.get());
+    static void guard(void* self, Action action) {
+        auto& parser = *static_cast<xml_parser_t*>(self);
+        if (parser.is_stopped()) return;
+        try {
+            action(parser.m_builder);
+        } catch (...) {
+            parser.m_exception = std::current_exception();
+        }
+        if (parser.is_stopped()) XML_StopParser(parser.m_parser.get(), XML_FALSE);
     }
 
-    void refuse_document_type() {
-        guard([](bag_builder_t& builder) { builder.fail("a document type declaration is not accepted"); });
-    }
+    bool is_stopped() const { return m_exception || !m_builder.failure().empty(); }
 
-    void start_element(const xmlChar* tag, const xmlChar** attributes) {
-        const auto view = [](const xmlChar* text) {
-            return std::string_view(reinterpret_cast<const char*>(text));
-        };
-        m_attributes.clear();
-        for (; attributes && *attributes; attributes += 2)
-            m_attributes.push_back({view(attributes[0]), view(attributes[1])});
-        guard([&](bag_builder_t& builder) { builder.start_element(view(tag), m_attributes); });
+    void start_element(std::string_view tag, const char** attributes) {
+        guard(this, [&](bag_builder_t& builder) {
+            m_attributes.clear();
+            for (; *attributes; attributes += 2)
+                m_attributes.push_back({attributes[0], attributes[1]});
+            builder.start_element(tag, m_attributes);
+        });
     }
 
     bag_builder_t& m_builder;
-    std::unique_ptr<xmlParserCtxt, context_deleter_t> m_context;
+    // The encoding is settled before, whatever the text declares. Without name spaces: the names of elements
+    // come as they are written, prefixes and all.
+    const std::unique_ptr<XML_ParserStruct, deleter_t> m_parser{XML_ParserCreate("UTF-8")};
     std::vector<attribute_t> m_attributes;
-    std::string m_fault; // what the parser found, apart from the builder's failure
-    int m_failed_line = 0;
+    std::exception_ptr m_exception; // what the builder threw
 };
 
-std::size_t count_lines(std::string_view text) {
-    return 1 + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+std::string at_line_of(std::string_view text, std::size_t position) {
+    const std::string_view before = text.substr(0, position);
+    return "line " + std::to_string(1 + std::count(before.begin(), before.end(), '\n')) + ": ";
 }
 
 // What has to hold before the parser sees the text; "" if it does.
@@ -292,11 +265,10 @@ std::string find_fault_ahead_of_parsing(std::string_view text) {
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return "the text is too long";
     const std::size_t well_formed = portkit2::valid_utf8_prefix(text);
-    if (well_formed < text.size())
-        return "line " + std::to_string(count_lines(text.substr(0, well_formed))) + ": the text is not UTF-8";
-    if (const std::size_t crowded = find_crowded_element(text, most_attributes); crowded != text.npos)
-        return "line " + std::to_string(count_lines(text.substr(0, crowded))) +
-               ": an element has more than " + std::to_string(most_attributes) + " attributes";
+    if (well_formed < text.size()) return at_line_of(text, well_formed) + "the text is not UTF-8";
+    // The parser would take a text that begins with '<' and a zero for UTF-16, whatever it was told.
+    const std::size_t zero = text.find('\0');
+    if (zero != text.npos) return at_line_of(text, zero) + "the text has a zero byte";
     return {};
 }
 
@@ -305,8 +277,8 @@ std::string read_document(variant_bag_t& bag, std::string_view text, std::string
     if (text.starts_with(byte_order_mark)) text.remove_prefix(byte_order_mark.size());
     if (std::string fault = find_fault_ahead_of_parsing(text); !fault.empty()) return fault;
     bag_builder_t builder(bag, path);
-    xml_parser_t parser(builder, text);
-    if (!parser.parse()) return parser.failure();
+    xml_parser_t parser(builder);
+    if (!parser.parse(text)) return parser.failure();
     return builder.has_found_path() ? std::string() : "there is no element " + std::string(path);
 }
 

@@ -1,6 +1,7 @@
 #include "logkit/component_logger.h"
 
 #include "basekit/environment.h"
+#include "portkit/terminal_text.h"
 
 #include <log4cplus/config.hxx>
 #include <log4cplus/configurator.h>
@@ -10,8 +11,10 @@
 #include <log4cplus/logger.h>
 
 #include <atomic>
+#include <iostream>
 #include <memory>
 #include <mutex>
+#include <string>
 
 namespace logkit1 {
 
@@ -21,6 +24,8 @@ std::once_flag configured;
 // A copy of the logger's level, so that asking costs one load.
 std::atomic<int> lowest_level{static_cast<int>(level_t::warning)};
 std::atomic<log_observer_t> log_observer{nullptr};
+bool uses_standard_output = false; // set while the logger is configured
+std::mutex writing;                // one line is written, and what it did to the streams mended, at a time
 
 log4cplus::Logger& component_logger() {
     // Never destroyed: other objects may log while the program ends.
@@ -37,13 +42,34 @@ void log_to_standard_error() {
     component_logger().setLogLevel(log4cplus::WARN_LOG_LEVEL);
 }
 
+bool is_appender(const std::string& property) {
+    constexpr std::string_view prefix = "log4cplus.appender.";
+    return property.starts_with(prefix) && property.find('.', prefix.size()) == property.npos;
+}
+
+// A file that could not be written is opened again for the next line, and not a second of lines later.
+void log_as_configured(const std::string& file) {
+    log4cplus::helpers::Properties properties(file);
+    for (const std::string& name : properties.propertyNames())
+        if (is_appender(name) && !properties.exists(name + ".ReopenDelay"))
+            properties.setProperty(name + ".ReopenDelay", "0");
+    log4cplus::PropertyConfigurator(properties).configure();
+    uses_standard_output = true;
+}
+
+// A stream that failed once takes nothing any more, but no more than the line that failed is to be lost.
+void revive_standard_streams() {
+    if (!std::cerr) std::cerr.clear();
+    if (uses_standard_output && !std::cout) std::cout.clear();
+}
+
 void configure() {
     log4cplus::initialize();
     const std::string file = bk2::get_environ_value(std::string(component_logger_name()) + "_LOG_CONFIG");
     if (file.empty())
         log_to_standard_error();
     else
-        log4cplus::PropertyConfigurator::doConfigure(file);
+        log_as_configured(file);
     lowest_level = component_logger().getChainedLogLevel();
 }
 
@@ -75,7 +101,10 @@ bool is_enabled_for(level_t level) {
 void log(level_t level, std::string_view text) {
     if (!is_enabled_for(level)) return;
     if (const log_observer_t observer = log_observer.load()) observer(level, text);
-    component_logger().forcedLog(static_cast<int>(level), std::string(text));
+    const std::lock_guard lock(writing);
+    component_logger().forcedLog(static_cast<int>(level),
+                                 portkit2::terminal_text(text, portkit2::line_breaks_t::kept));
+    revive_standard_streams();
 }
 
 void set_log_observer(log_observer_t observer) {

@@ -28,7 +28,9 @@ PANEDECK_API void setUnitLogLevel(level_t level);
 
 PANEDECK_API bool is_enabled_for(level_t level);
 
-/// Writes one line, if the level is enabled. Line breaks in `text` are kept. Safe from any thread.
+/// Writes one line, if the level is enabled. Line breaks in `text` are kept, what could drive a terminal is
+/// escaped. A line that cannot be written is
+/// lost, and no other. Safe from any thread.
 PANEDECK_API void log(level_t level, std::string_view text);
 
 /// Sees every line that is logged, besides the normal way; null takes it away. For tests; not to be changed

@@ -21,6 +21,15 @@ public:
                                 const std::function<void(bk2::variant_bag_t&)>& change) override {
         return m_storage->changeBag(name, change);
     }
+    bk2::variant_t readValue(const std::string& name, const bk2::variant_t& otherwise) const override {
+        return m_storage->readValue(name, otherwise);
+    }
+    bk2::error_code_t writeValue(const std::string& name, const bk2::variant_t& value) override {
+        return m_storage->writeValue(name, value);
+    }
+    bk2::error_code_t change(const std::function<bool(bk2::variant_bag_t&)>& change) override {
+        return m_storage->change(change);
+    }
     bk2::sptr_t<IPropertyStorage> getSubStorage(const std::string& name) override {
         return m_storage->getSubStorage(name);
     }

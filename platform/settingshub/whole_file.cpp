@@ -1,11 +1,14 @@
 #include "settingshub/whole_file.h"
 
+#include "basekit/random_text.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -35,10 +38,43 @@ bool write_all(file_operations_t& operations, int descriptor, std::string_view t
     return true;
 }
 
-/// Writes a new file and flushes it; 0, or the error number of the first step that failed.
-int write_flushed(file_operations_t& operations, const std::string& path, std::string_view text) {
-    const int descriptor = operations.open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+constexpr std::string_view new_extension = ".new";
+constexpr unsigned random_digits = 16;
+
+/// Whether `name` is a new file for `target` that a writer left.
+bool is_left_over(std::string_view name, std::string_view target) {
+    if (name.size() != target.size() + 1 + random_digits + new_extension.size()) return false;
+    if (!name.starts_with(target) || name[target.size()] != '.' || !name.ends_with(new_extension))
+        return false;
+    const std::string_view digits = name.substr(target.size() + 1, random_digits);
+    return digits.find_first_not_of("0123456789abcdef") == digits.npos;
+}
+
+/// Removes what writers of the path left that were killed. Writers exclude each other: none is at work.
+void remove_left_overs(const std::string& path) {
+    const std::filesystem::path target(path);
+    const auto folder = target.has_parent_path() ? target.parent_path() : std::filesystem::path(".");
+    std::error_code error;
+    for (std::filesystem::directory_iterator i(folder, error), end; !error && i != end; i.increment(error))
+        if (is_left_over(i->path().filename().string(), target.filename().string()))
+            ::unlink(i->path().c_str());
+}
+
+/// A file that is there keeps its rights, which its user may have made narrower.
+void keep_rights(const std::string& path, int descriptor) {
+    struct stat old_file {};
+    if (::lstat(path.c_str(), &old_file) == 0 && S_ISREG(old_file.st_mode))
+        static_cast<void>(::fchmod(descriptor, old_file.st_mode & 0777));
+}
+
+/// Writes a new file that is to take the place of `target` and flushes it; 0, or the error number of the
+/// first step that failed. Nobody else's file is written to, nor is a link followed.
+int write_flushed(file_operations_t& operations, const std::string& path, const std::string& target,
+                  std::string_view text) {
+    const int descriptor =
+        operations.open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (descriptor < 0) return errno;
+    keep_rights(target, descriptor);
     const bool flushed = write_all(operations, descriptor, text) && operations.fsync(descriptor) == 0;
     const int error = flushed ? 0 : errno;
     // Some file systems report a full disk only here.
@@ -82,8 +118,9 @@ bk2::error_code_t read_whole_file(const std::string& path, std::string& text, st
 bk2::error_code_t write_whole_file(const std::string& path, std::string_view text,
                                    file_operations_t& operations) {
     if (const auto made = make_folder_of(path); made.failed()) return made;
-    const std::string fresh = path + ".new";
-    int error = write_flushed(operations, fresh, text);
+    remove_left_overs(path);
+    const std::string fresh = path + "." + bk2::random_hex_digits(random_digits / 2) + std::string(new_extension);
+    int error = write_flushed(operations, fresh, path, text);
     if (error == 0 && operations.rename(fresh.c_str(), path.c_str()) != 0) error = errno;
     if (error != 0) {
         ::unlink(fresh.c_str());

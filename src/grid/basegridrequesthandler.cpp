@@ -1,6 +1,7 @@
 #include "grid/basegridrequesthandler.h"
 
 #include "basekit/assertion.h"
+#include "basekit/task_waiting_scope.h"
 #include "grid/grid_query_builder.h"
 #include "grid/grid_task_displacement_strategy.h"
 
@@ -89,6 +90,11 @@ error_code_t BaseGridRequestHandler::buildTaskName(const std::string& requestTyp
 
 std::shared_ptr<ITaskDisplacementStrategy> BaseGridRequestHandler::getTaskDisplacementStrategy() {
     return std::make_shared<GridTaskDisplacementStrategy>(m_filterMgr);
+}
+
+boost::shared_lock<boost::shared_mutex> BaseGridRequestHandler::lockData() const {
+    bk2::lock_shared_lending(m_sharedMutex);
+    return {m_sharedMutex, boost::adopt_lock};
 }
 
 error_code_t BaseGridRequestHandler::prepareQuery(sptr_t<ITableTreeQuery>& query, int& queryType,

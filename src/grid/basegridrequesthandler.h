@@ -7,6 +7,7 @@
 #include "filter/ifilter_mgr.h"
 #include "slicerkit/table_tree_query.h"
 
+#include <boost/thread/locks.hpp>
 #include <boost/thread/shared_mutex.hpp>
 
 #include <memory>
@@ -45,7 +46,9 @@ protected:
 
     const std::shared_ptr<IFilterMgr>& getFilterMgr() const { return m_filterMgr; }
     IEventDispatcher* getEventDispatcher() const { return m_eventDispatcher; }
-    boost::shared_mutex& getSharedMutex() const { return m_sharedMutex; }
+    /// Locks the result's data for reading, which keeps out whoever changes them. A task that has to wait
+    /// lends its thread to other tasks.
+    boost::shared_lock<boost::shared_mutex> lockData() const;
     const bk2::sptr_t<dataface1::IInputData>& getInputData() const { return m_inputData; }
     const bk2::sptr_t<dataface1::IInputData>& getExtraInputData() const { return m_extraInputData; }
     const bk2::sptr_t<dataface1::IQueryLibrary>& getQueryLibrary() const { return m_queryLibrary; }

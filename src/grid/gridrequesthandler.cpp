@@ -6,8 +6,6 @@
 #include "grid/table_tree_query_steps.h"
 #include "handlers/request_handlers.h"
 
-#include <boost/thread/locks.hpp>
-
 #include <cstdlib>
 
 namespace panedeck {
@@ -92,7 +90,7 @@ error_code_t GridRequestHandler::handleRequest(const std::string&, const variant
 error_code_t GridRequestHandler::answerWithTree(const sptr_t<slicerkit1::ITableTreeQuery>& query,
                                                 int queryType, int queryFlags, bk2::u32_t limit,
                                                 variant_bag_t& answer, notifykit2::IProgress* progress) {
-    const boost::shared_lock<boost::shared_mutex> lock(getSharedMutex());
+    const auto dataLock = lockData();
     sptr_t<dataface1::ITableTree> tree;
     if (const auto code = runTableTreeQuery(query, queryType, queryFlags, tree, progress); code.failed())
         return code;

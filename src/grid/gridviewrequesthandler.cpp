@@ -10,9 +10,6 @@
 #include "gridmodel/request_values.h"
 #include "handlers/request_handlers.h"
 
-#include <boost/thread/shared_lock_guard.hpp>
-#include <boost/thread/shared_mutex.hpp>
-
 #include <utility>
 
 namespace panedeck {
@@ -67,8 +64,7 @@ error_code_t GridViewRequestHandler::handleRequest(const std::string& requestTyp
 error_code_t GridViewRequestHandler::processDataRequest(const std::string& requestType,
                                                         const variant_bag_t& request, variant_bag_t& answer,
                                                         notifykit2::IProgress* progress) {
-    // Keeps out whoever changes the result's data.
-    boost::shared_lock_guard<boost::shared_mutex> dataLock(getSharedMutex());
+    const auto dataLock = lockData();
     if (isViewRequest(requestType)) return processGridViewRequest(requestType, request, answer, progress);
     if (requestType == "selection") return processSelectionRequest(request, answer);
     if (requestType == "position") return processPositionRequest(request, answer);
@@ -182,6 +178,12 @@ GridViewRequestHandler::addFocusObjectInfoToQuery(const bk2::sptr_t<slicerkit1::
     PANEDECK_REQUIRE(focusQuery && !objectid.is_null(), "focusQuery && !objectid.is_null()",
                      bk2::kinds::is_not_valid_argument, "Invalid focus object parameters specified");
     return query->setFocusObject(focusQuery, objectid);
+}
+
+error_code_t GridViewRequestHandler::exportGrid(const variant_bag_t& request, const std::string& filePath,
+                                                notifykit2::IProgress* progress) {
+    return m_modelRequests.exportToFile(filePath, m_gridModels.find(readText(request, "gridid", "")),
+                                        progress);
 }
 
 error_code_t GridViewRequestHandler::processColumnStateRequest(const variant_bag_t& request) const {

@@ -4,6 +4,7 @@
 #include "filter/temp_filter.h"
 #include "grid/basegridrequesthandler.h"
 #include "grid/grid_model_map.h"
+#include "handlers/igrid_export.h"
 
 #include <memory>
 #include <mutex>
@@ -14,7 +15,7 @@ namespace panedeck {
 /// Domain `gridview`: the stateful grids of the panes. `refresh` runs a query into the model of the request's
 /// `gridid`; every later request acts on that model and answers with the rows of its window. A model lives
 /// from its first successful refresh until the handler dies.
-class GridViewRequestHandler : public BaseGridRequestHandler {
+class GridViewRequestHandler : public BaseGridRequestHandler, public IGridExport {
 public:
     GridViewRequestHandler(std::shared_ptr<IFilterMgr> filterMgr, IEventDispatcher* eventDispatcher,
                            boost::shared_mutex& sharedMutex, bk2::sptr_t<dataface1::IInputData> inputData,
@@ -28,6 +29,8 @@ public:
     std::string getDomainName() override;
     bk2::error_code_t handleRequest(const std::string& requestType, const bk2::variant_bag_t& request,
                                     bk2::variant_bag_t& answer, notifykit2::IProgress* progress) override;
+    bk2::error_code_t exportGrid(const bk2::variant_bag_t& request, const std::string& filePath,
+                                 notifykit2::IProgress* progress) override;
 
 private:
     using Model = bk2::sptr_t<GridModel>;

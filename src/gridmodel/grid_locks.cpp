@@ -1,9 +1,11 @@
 #include "gridmodel/grid_locks.h"
 
+#include "basekit/task_waiting_scope.h"
+
 namespace panedeck {
 
 void GridMutexes::lockModel() {
-    m_model.lock();
+    bk2::lock_lending(m_model);
     m_owner.store(std::this_thread::get_id(), std::memory_order_relaxed);
 }
 
@@ -22,7 +24,7 @@ GridLock::~GridLock() {
 
 GridDataLock::GridDataLock(GridMutexes& mutexes) : m_mutexes(mutexes), m_held(mutexes.isHeldHere()) {
     if (m_held) m_mutexes.unlockModel();
-    m_mutexes.database().lock();
+    bk2::lock_lending(m_mutexes.database());
 }
 
 GridDataLock::~GridDataLock() {

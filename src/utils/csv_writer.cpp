@@ -51,6 +51,11 @@ void CSVWriter::checkStream() {
     bk2::report_assertion(PANEDECK_ASSERTION_SITE(told.c_str()));
 }
 
+bool CSVWriter::flush() {
+    m_fileStream.flush();
+    return hasValidFileStream();
+}
+
 void CSVWriter::writeHeaderBegin() {
     checkStream();
     m_atLineStart = true;

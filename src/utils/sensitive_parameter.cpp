@@ -41,6 +41,16 @@ std::string_view take_line(std::string_view& rest) {
 
 } // namespace
 
+std::string mark(const std::string& value) {
+    return std::string(opening_mark).append(value).append(closing_mark);
+}
+
+std::string withoutMarks(const std::string& text) {
+    const auto marked = find_marked_value(text);
+    const bool is_whole = marked && marked->begin == 0 && marked->end == text.size();
+    return is_whole ? std::string(marked->text) : text;
+}
+
 std::string decode(const std::string& text) {
     std::optional<marked_value_t> found;
     for (std::string_view rest = text; !found && !rest.empty();) {

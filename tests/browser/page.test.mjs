@@ -1,234 +1,128 @@
-// The page alone, against a relay made of test data: what it shows, how it recovers, and what it sends.
+// The page around the grids, against a relay made of test data: what it says, how it recovers, and its dialogs.
 
 import assert from 'node:assert/strict';
-import { after, before, beforeEach, describe, it } from 'node:test';
-import { readTable, startBrowser, waitForStatus } from './support/browser.mjs';
-import { DEFAULT_OPTIONS, FakeRelay } from './support/fake_relay.mjs';
+import { beforeEach, describe, it } from 'node:test';
+import { waitForStatus } from './support/browser.mjs';
+import {
+    CLOSED,
+    TREE,
+    browser,
+    key,
+    open,
+    page,
+    relay,
+    useGrids,
+    waitForRows,
+} from './support/grid_fixture.mjs';
 
-const ROWS = [
-    ['main', 2_500_000, 1_000],
-    ['multiply<double>(Matrix const&, "x")', 2_400_123, 2_400_000],
-    ['<script>alert(1)</script> 漢😀', 99_000, 99_000],
+useGrids();
+
+const RESULTS = [
+    {
+        name: 'r000hs',
+        source: 'before.txt',
+        taken: '2026-11-20T14:03:11Z',
+        samples: 1234,
+        metrics: [{ id: 'time', name: 'CPU Time', unit: 'microseconds', total: 1_500_000, isPrimary: true }],
+        skipped: { count: 3, reasons: [{ text: 'line without a weight', count: 2, firstLines: [4, 9] }] },
+    },
+    { name: 'after.txt', metrics: [{ id: 'hits', name: 'Hits', unit: 'count', total: 12_000 }] },
 ];
 
-let relay;
-let browser;
-let page;
+describe('the head of the page', () => {
+    const head = (page) => page.locator('#profile');
 
-before(async () => {
-    relay = new FakeRelay();
-    await relay.start();
-    browser = await startBrowser();
-    page = browser.page;
-});
-after(async () => {
-    await browser?.close();
-    await relay?.stop();
-});
-
-/** Opens the page afresh with these rows. */
-async function open(rows) {
-    relay.rows = rows;
-    relay.hasLibrary = true;
-    relay.failures = {};
-    relay.frames = [];
-    relay.options = { ...DEFAULT_OPTIONS };
-    browser.faults.length = 0;
-    await page.goto(relay.url);
-    await waitForStatus(page, 'Connected');
-}
-
-describe('the table', () => {
-    it('shows each function with its weights, under a policy that allows only the page itself', async () => {
-        await open(ROWS);
-        const table = await readTable(page);
-        assert.deepEqual(table.columns, ['Function', 'Time (total)', 'Time (self)']);
-        assert.deepEqual(
-            table.rows.map((row) => row.texts),
-            [
-                [ROWS[0][0], '2.500 s', '0.001 s'],
-                [ROWS[1][0], '2.400 s', '2.400 s'],
-                [ROWS[2][0], '0.099 s', '0.099 s'],
-            ],
+    it('names profile, time, samples, totals and what was left out', async () => {
+        await open({ bottomUp: TREE });
+        assert.equal(await head(page).isVisible(), false);
+        relay.summary = { results: RESULTS.slice(0, 1) };
+        relay.setLibrary(true);
+        await head(page).getByText('1,234 samples').waitFor();
+        assert.match(
+            await head(page).textContent(),
+            /before\.txt.*taken 2026-11-20 \d\d:03.*CPU Time 1\.500 s/,
         );
-        assert.deepEqual(table.rows[1].values, [ROWS[1][0], '2400123', '2400000']);
-        assert.equal(await page.locator('.summary').textContent(), '3 functions');
+        assert.equal(await page.title(), 'before.txt – panedeck');
+        await head(page).getByRole('button', { name: '3 left out' }).click();
+        await page.getByRole('dialog').getByText('2 × line without a weight (lines 4, 9)').waitFor();
+        await key('Escape');
+        relay.summary = { results: RESULTS };
+        relay.setLibrary(true);
+        await head(page).getByText('Hits 12,000').waitFor();
+        assert.equal(await page.title(), 'before.txt vs after.txt – panedeck');
+        assert.deepEqual(await head(page).locator('.role').allTextContents(), ['First', 'Second']);
         assert.deepEqual(browser.faults, []);
     });
 
-    it('tells assistive technology what it is, and is reached by keyboard', async () => {
-        await open(ROWS);
-        await readTable(page);
-        assert.equal(await page.getByRole('rowheader').count(), ROWS.length);
-        assert.equal(
-            await page.getByRole('columnheader', { name: 'Time (total)' }).getAttribute('aria-sort'),
-            'descending',
-        );
-        assert.equal(
-            await page.getByRole('columnheader', { name: 'Time (self)' }).getAttribute('aria-sort'),
-            null,
-        );
-        await page.locator('#options').focus();
-        await page.keyboard.press('Tab');
-        assert.equal(await page.evaluate(() => document.activeElement.getAttribute('role')), 'region');
-        const align = await page
-            .locator('tbody td')
-            .first()
-            .evaluate((cell) => getComputedStyle(cell).textAlign);
-        assert.equal(align, 'right');
-    });
-
-    it('says that rows are left out, and shows more on demand', async () => {
-        await open(Array.from({ length: 1200 }, (_, at) => [`f${at}`, 5000 - at, 1]));
-        assert.equal((await readTable(page)).rows.length, 1000);
-        const notice = page.getByRole('note');
-        assert.match(await notice.textContent(), /Only the first 1,000 functions are shown/);
-        await notice.getByRole('button').click();
-        await page.getByText('f1199').waitFor();
-        assert.equal(await page.getByRole('note').count(), 0);
-    });
-
-    it('says that there is nothing', async () => {
-        await open([]);
-        await page.getByText('The profile holds nothing to show here.').waitFor();
-        assert.equal(await page.locator('.summary').textContent(), '0 functions');
-    });
-
-    it('reports a failure in full, and tries again', async () => {
-        await open(ROWS);
-        await readTable(page);
-        relay.failures = { 'grid:get': 'FailedTo.Create.The.Query: /Metrics' };
-        relay.event('FilterChangedEvent');
-        const alert = page.getByRole('alert').filter({ hasText: 'FailedTo.Create.The.Query: /Metrics' });
-        await alert.waitFor();
-        relay.failures = {};
-        await alert.getByRole('button').click();
-        await alert.waitFor({ state: 'hidden' });
-    });
-
-    for (const event of ['DataChangedEvent', 'FilterChangedEvent']) {
-        it(`is read anew after ${event}`, async () => {
-            await open(ROWS);
-            await readTable(page);
-            relay.rows = [['changed', 1, 1]];
-            relay.event(event);
-            await page.getByText('changed').waitFor();
-        });
-    }
-
-    it('has a light and a dark look', async () => {
-        await open(ROWS);
-        const grounds = [];
-        for (const colorScheme of ['light', 'dark']) {
-            await page.emulateMedia({ colorScheme });
-            grounds.push(await page.evaluate(() => getComputedStyle(document.body).backgroundColor));
-        }
-        assert.notEqual(grounds[0], grounds[1]);
+    it('shows the keys', async () => {
+        await open({ bottomUp: TREE });
+        await key('?');
+        await page.getByRole('dialog', { name: 'Keys' }).getByText('open the hottest path').waitFor();
+        await key('Escape');
+        await page.getByRole('dialog').waitFor({ state: 'detached' });
     });
 });
 
 describe('the connection', () => {
-    it('comes back by itself when the relay is killed, and the table is read anew', async () => {
-        await open(ROWS);
-        await readTable(page);
+    beforeEach(() => open({ bottomUp: TREE }));
+
+    it('comes back by itself when the relay is killed, and the grid is read anew', async () => {
+        await waitForRows(CLOSED);
         await relay.stop();
         await waitForStatus(page, 'reconnecting');
-        assert.equal((await readTable(page)).rows.length, ROWS.length, 'the old rows stay');
-        relay.rows = [['after the restart', 1, 1]];
+        await waitForRows(CLOSED);
+        relay.gridview.trees = { bottomUp: [TREE[2]] };
         await relay.start();
         await waitForStatus(page, 'Connected');
-        await page.getByText('after the restart').waitFor();
+        await waitForRows([CLOSED[2]]);
     });
 
-    it('tells when there is no library, and reads the table when it comes', async () => {
-        await open(ROWS);
+    it('tells when there is no library, and reads the grid when it comes', async () => {
         relay.setLibrary(false);
         await waitForStatus(page, 'No profile is being served');
-        relay.rows = [['from the new library', 1, 1]];
+        relay.gridview.trees = { bottomUp: [TREE[2]] };
         relay.setLibrary(true);
-        await page.getByText('from the new library').waitFor();
+        await waitForRows([CLOSED[2]]);
         assert.equal(await page.getByRole('alert').count(), 0);
     });
 });
 
 describe('the options dialog', () => {
-    const field = (key) => page.locator(`#option-${key}`);
+    const field = () => page.locator('#option-resultNameTemplate');
     const dialog = () => page.getByRole('dialog', { name: 'Options' });
 
-    async function openDialog() {
+    beforeEach(async () => {
+        await open({ bottomUp: TREE });
         await page.locator('#options').focus();
-        await page.keyboard.press('Enter');
+        await key('Enter');
         await page.locator('fieldset:enabled').waitFor();
-    }
+    });
 
-    beforeEach(() => open(ROWS));
-
-    it('shows all eight options and stores the changed ones in their kinds', async () => {
-        await openDialog();
-        assert.equal(await page.locator('.field').count(), 8);
-        assert.equal(await field('sourceViewTabSize').inputValue(), '4');
-        await field('applicationOutputDestination').selectOption('productOutput');
-        await field('shouldCacheSourceFiles').check();
-        await field('adbPath').fill('/opt/<tools> & "adb"');
-        await field('sourceViewTabSize').fill('8');
-        await page.keyboard.press('Enter');
+    it('stores what was changed, and gives the focus back', async () => {
+        assert.equal(await field().inputValue(), 'r@@@{at}');
+        await field().fill('<r> & @@');
+        await key('Enter');
         await dialog().waitFor({ state: 'detached' });
         assert.deepEqual(
             relay.requests('options:set').map((frame) => frame.replace(/<id>\d+/, '<id>N')),
             [
                 '<msg><request><id>N</id><type>options:set</type>' +
-                    '<applicationOutputDestination><_>productOutput</_></applicationOutputDestination>' +
-                    '<adbPath><_>/opt/&lt;tools&gt; &amp; "adb"</_></adbPath>' +
-                    '<sourceViewTabSize><_ type="s32_t">8</_></sourceViewTabSize>' +
-                    '<shouldCacheSourceFiles><_ type="bool">true</_></shouldCacheSourceFiles></request></msg>',
+                    '<resultNameTemplate><_>&lt;r&gt; &amp; @@</_></resultNameTemplate></request></msg>',
             ],
         );
-    });
-
-    it('keeps the focus inside, closes on Esc without storing, and gives the focus back', async () => {
-        await openDialog();
-        assert.equal(
-            await page.evaluate(() => document.activeElement.id),
-            'option-applicationOutputDestination',
-        );
-        for (let step = 0; step < 24; ++step) {
-            await page.keyboard.press('Tab');
-            const outside = await page.evaluate(
-                () => document.activeElement !== document.body && !document.activeElement.closest('dialog'),
-            );
-            assert.equal(outside, false);
-        }
-        await page.keyboard.press('Escape');
-        await dialog().waitFor({ state: 'detached' });
         assert.equal(await page.evaluate(() => document.activeElement.id), 'options');
-        assert.deepEqual(relay.requests('options:set'), []);
     });
 
-    it('says which option the host did not accept', async () => {
-        await openDialog();
-        await field('resultNameTemplate').fill('no/such');
+    it('says what the host did not accept and what failed, and stays open', async () => {
+        await field().fill('no/such');
         await page.getByRole('button', { name: 'Save' }).click();
-        await dialog().getByText('not accepted: Template of result names').waitFor();
-        assert.equal(await field('resultNameTemplate').inputValue(), 'no/such');
-    });
-
-    it('reports failures and stays open', async () => {
+        await dialog().getByText('This is no name for a folder.').waitFor();
+        assert.equal(await field().inputValue(), 'no/such');
         relay.failures = { 'options:set': 'IsNot.Valid.Argument: set' };
-        await openDialog();
-        await field('sourceViewTabSize').fill('2');
-        await page.keyboard.press('Enter');
-        await dialog().getByText('The options could not be stored: IsNot.Valid.Argument: set').waitFor();
-        assert.equal(await page.evaluate(() => document.activeElement.id), 'option-sourceViewTabSize');
-        relay.failures = { 'options:get': 'gone' };
-        await page.keyboard.press('Escape');
+        await key('Enter');
+        await dialog().getByText('The options could not be stored. "set" is not a valid argument.').waitFor();
+        await key('Escape');
         await dialog().waitFor({ state: 'detached' });
-        await page.locator('#options').click();
-        await dialog().getByText('The options could not be read: gone').waitFor();
-    });
-
-    it('keeps a stored value that it does not know', async () => {
-        relay.options.cpuAssemblySyntax = 'unknown';
-        await openDialog();
-        assert.equal(await field('cpuAssemblySyntax').inputValue(), 'unknown');
+        assert.equal(relay.options.resultNameTemplate, 'r@@@{at}');
     });
 });

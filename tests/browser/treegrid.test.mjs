@@ -7,6 +7,7 @@ import {
     OPENED,
     TREE,
     browser,
+    chooseTool,
     currentRow,
     grid,
     head,
@@ -22,6 +23,7 @@ import {
     useGrids,
     waitForRows,
 } from './support/grid_fixture.mjs';
+import { gridNode } from './support/fake_gridview.mjs';
 
 useGrids();
 
@@ -30,7 +32,7 @@ describe('a tree grid', () => {
         await open({ bottomUp: TREE });
         await waitForRows(CLOSED);
         const cells = row(0).locator('.tg-cell .tg-text');
-        assert.deepEqual(await cells.allTextContents(), ['multiply', '2.000 s', '1.400 s', '-700.000 ms']);
+        assert.deepEqual(await cells.allTextContents(), ['multiply', '2.000 s', '1.400 s', '−700.000 ms']);
         const bars = await row(0)
             .locator('.tg-bar')
             .evaluateAll((all) => all.map(({ style }) => [style.left, style.width]));
@@ -47,6 +49,9 @@ describe('a tree grid', () => {
             '50%',
         );
         assert.equal(await row(0).locator('[data-column=c1]').getAttribute('data-value'), '2000000');
+        assert.equal(await row(0).locator('[data-column=c4] .tg-percent').textContent(), '81.8%');
+        const places = await row(2).locator('.tg-place > *').allTextContents();
+        assert.deepEqual(places, ['libwalk.so', '/src/walk.c:42']);
         assert.match(await row(0).locator('[data-column=c4]').getAttribute('title'), /Too much self time/);
         assert.match(await row(2).locator('[data-column=c5]').getAttribute('title'), /Too few samples/);
         assert.deepEqual(browser.faults, []);
@@ -57,11 +62,13 @@ describe('a tree grid', () => {
         const window =
             '<grouping><_>/Function/ParentCallStack</_></grouping><expandLevels><_ type="s32_t">0</_></expandLevels>';
         const ids = '<gridid><_>PAGE-bottomUp</_></gridid><paneId><_>PAGE-bottomUp</_></paneId>';
+        const queries = ['/Metrics', '/Info/Module', '/Info/SourceFile', '/Info/SourceLine'];
+        const columns = queries.map((query) => `<column><_>${query}</_></column>`).join('');
         assert.equal(
             lastFrame('refresh'),
             '<msg><request><id>N</id><type>gridview:refresh</type><queryType>bottomUp</queryType>' +
                 `${ids}<row><_ type="s32_t">0</_></row><count><_ type="s32_t">80</_></count>${window}` +
-                '<columns><column><_>/Metrics</_></column></columns></request></msg>',
+                `<columns>${columns}</columns></request></msg>`,
         );
         await scrollTo(200 * 24);
         await row(210).locator('.tg-text').first().waitFor();
@@ -72,7 +79,7 @@ describe('a tree grid', () => {
 
     it('tells assistive technology what it is', async () => {
         await open({ bottomUp: TREE });
-        assert.equal(await grid().getAttribute('aria-rowcount'), '5');
+        assert.equal(await grid().getAttribute('aria-rowcount'), '6');
         assert.equal(await grid().getAttribute('aria-colcount'), '4');
         assert.equal(await grid().getAttribute('aria-multiselectable'), 'true');
         await row(0).locator('.tg-toggle').click();
@@ -83,11 +90,14 @@ describe('a tree grid', () => {
                     element.getAttribute(name),
                 ),
             );
-        assert.deepEqual(await attributes(0), ['row', '1', 'true', 'false', '2']);
-        assert.deepEqual(await attributes(1), ['row', '2', 'false', 'false', '3']);
-        assert.deepEqual(await attributes(2), ['row', '2', null, 'false', '4']);
-        assert.equal(await head('Self').getAttribute('aria-sort'), 'descending');
-        assert.equal(await head('Time').getAttribute('aria-sort'), 'none');
+        assert.deepEqual(await attributes(0), ['row', '1', 'true', 'false', '3']);
+        assert.deepEqual(await attributes(1), ['row', '2', 'false', 'false', '4']);
+        assert.deepEqual(await attributes(2), ['row', '2', null, 'false', '5']);
+        assert.equal(await head('Self').getAttribute('aria-sort'), 'none');
+        assert.equal(
+            await grid().locator('[data-column=c1][aria-sort]').getAttribute('aria-sort'),
+            'descending',
+        );
     });
 
     it('tells a failure of the library, and tries again', async () => {
@@ -96,7 +106,7 @@ describe('a tree grid', () => {
         relay.event('DataChangedEvent');
         const alert = page
             .getByRole('alert')
-            .filter({ hasText: 'The grid could not be read: FailedTo.Create.The.Query' });
+            .filter({ hasText: 'The grid could not be read. Could not create the query "/Metrics".' });
         await alert.waitFor();
         relay.failures = {};
         await alert.getByRole('button').click();
@@ -243,13 +253,13 @@ describe('opening and closing', () => {
     it('shows a row that could not be opened as it is', async () => {
         relay.failures = { 'gridview:expand': 'no' };
         await row(0).locator('.tg-toggle').click();
-        await page.getByRole('alert').getByText('The row could not be opened: no').waitFor();
+        await page.getByRole('alert').getByText('The row could not be opened. No.').waitFor();
         await waitForRows(CLOSED);
     });
 
     for (const [how, press] of [
         ['by key', () => key('*')],
-        ['by mouse', () => page.getByRole('button', { name: 'Expand all' }).click()],
+        ['by mouse', () => chooseTool('Expand', 'Expand all')],
     ])
         it(`lets other work through while all rows are being opened, and stops that: ${how}`, async () => {
             relay.gridview.holds = { expandRowsRecursively: new Promise(() => {}) };
@@ -260,7 +270,7 @@ describe('opening and closing', () => {
             assert.equal(await grid().getAttribute('aria-busy'), 'true');
             await row(2).locator('[data-column=c4]').dispatchEvent('click');
             await page.locator('[data-row="2"][aria-selected=true]').waitFor();
-            await page.getByRole('button', { name: 'Expand all' }).focus();
+            await page.getByRole('button', { name: 'Chains' }).focus();
             await key('Escape');
             await busy.waitFor({ state: 'hidden' });
             // What was opened by then is there, and the current row is where its row went.
@@ -292,14 +302,34 @@ describe('opening and closing', () => {
             assert.equal(await chains.getAttribute('aria-pressed'), 'false');
         });
 
+    it('follows the hottest path until it splits, and from there on demand', async () => {
+        const time = (name, amount, children) => gridNode(name, [amount, 0, amount, 0], children);
+        const split = [time('x', 39, [time('leaf', 39)]), time('y', 38)];
+        const path = time('big', 90, [time('only', 80, split)]);
+        await open({
+            bottomUp: [time('root', 100, [time('small', 10, [time('z', 10)]), path]), time('other', 1)],
+        });
+        await row(0).click();
+        await key('h');
+        const rest = ['  + small', '  other'];
+        await waitForRows(['- root', '  - big', '    - only*', '      + x', '        y', ...rest]);
+        assert.equal(relay.requests('gridview:expand').length, 3);
+        await key('h');
+        await waitForRows([
+            ...['- root', '  - big', '    - only', '      - x', '          leaf*', '        y'],
+            ...rest,
+        ]);
+        assert.equal(relay.requests('gridview:expand').length, 4);
+    });
+
     it('takes the tools for many rows', async () => {
-        await page.getByRole('button', { name: 'Expand all' }).click();
+        await chooseTool('Expand', 'Expand all');
         await row(7).waitFor();
         assert.equal(await page.locator('.tg-count').textContent(), '8 rows');
-        await page.getByRole('button', { name: 'Collapse all' }).click();
+        await chooseTool('Expand', 'Collapse all');
         await waitForRows(CLOSED);
         await row(1).click();
-        await page.getByRole('button', { name: 'Expand selected' }).click();
+        await chooseTool('Expand', 'Expand selected');
         await waitForRows([CLOSED[0], '- read<char>(FILE*, "x") 漢😀*', '    main', ...CLOSED.slice(2)]);
         await page.getByRole('button', { name: 'Chains' }).click();
         await page.locator('button[aria-pressed=true]').waitFor();

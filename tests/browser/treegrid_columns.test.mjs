@@ -22,7 +22,7 @@ useGrids();
 
 describe('the columns', () => {
     beforeEach(() => open({ bottomUp: TREE }));
-    const captions = () => grid().locator('.tg-head .tg-row').last().locator('.tg-sort').allTextContents();
+    const captions = () => grid().locator('.tg-head .tg-row').last().locator('.tg-caption').allTextContents();
     const choose = (label) => page.getByRole('menu').getByText(label, { exact: true }).click();
 
     it('sort by a click, and the other way by the next', async () => {
@@ -48,7 +48,7 @@ describe('the columns', () => {
             '1.500 s',
             '500.000 ms',
             '1.400 s',
-            '-700.000 ms',
+            '−700.000 ms',
         ]);
         await until(() => lastFrame('columnState'));
         assert.match(
@@ -67,7 +67,7 @@ describe('the columns', () => {
         await until(() => told() > before);
         assert.deepEqual(await captions(), ['Function', 'Time', 'Change']);
         await page.getByRole('button', { name: 'Columns' }).click();
-        await choose('Self');
+        await choose('CPU Time: Self');
         assert.deepEqual(await captions(), ['Function', 'Time', 'Self', 'Change']);
     });
 
@@ -106,58 +106,56 @@ describe('the columns', () => {
         }
     });
 
-    it('never get narrower than can be read, and change from the width that they show', async () => {
-        const width = (name) => head(name).evaluate((element) => element.offsetWidth);
-        const press = async (name, label) => {
-            await head(name).locator('.tg-sort').click({ button: 'right' });
-            await choose(label);
-        };
-        for (let time = 0; time < 4; ++time) await press('Self', 'Narrower');
-        assert.equal(await width('Self'), 48);
-        assert.equal(await width('Change'), 150);
-        const before = await width('Function');
-        assert.ok(before > 300, `${before}`);
-        await press('Function', 'Narrower');
-        assert.equal(await width('Function'), before - 40);
-    });
-
-    it('keep their widths when there are other columns', async () => {
-        const widths = () =>
-            grid()
-                .locator('.tg-head .tg-headcell')
-                .evaluateAll((cells) =>
-                    Object.fromEntries(
-                        cells.map((cell) => [cell.querySelector('.tg-sort').textContent, cell.offsetWidth]),
-                    ),
-                );
-        await head('Self').locator('.tg-sort').click({ button: 'right' });
-        await choose('Wider');
-        assert.equal((await widths()).Self, 190);
-        const other = { Self: 'Change', Change: 'Self' };
-        relay.gridview.columns = relay.gridview.columns.map((column) => ({
-            ...column,
-            caption: other[column.caption] ?? column.caption,
-        }));
-        relay.event('DataChangedEvent');
-        await page.locator('.tg-headcell[data-column=c5]', { hasText: 'Self' }).waitFor();
-        const after = await widths();
-        assert.deepEqual([after.Self, after.Change], [190, 150]);
-    });
-
-    it('resize by mouse and are reached by keyboard', async () => {
-        const width = () => head('Self').evaluate((element) => element.offsetWidth);
-        const grip = await head('Self').locator('.tg-grip').boundingBox();
+    const width = (name) => head(name).evaluate((element) => element.offsetWidth);
+    const dragEdge = async (name, by) => {
+        const grip = await head(name).locator('.tg-grip').boundingBox();
         await page.mouse.move(grip.x + 3, grip.y + 10);
         await page.mouse.down();
-        await page.mouse.move(grip.x + 63, grip.y + 10);
+        await page.mouse.move(grip.x + 3 + by, grip.y + 10);
         await page.mouse.up();
-        assert.equal(await width(), 210);
+    };
+
+    it('fit what they show at first and on a double click, and are never too narrow to be read', async () => {
+        const isCut = () =>
+            grid().evaluate((element) =>
+                [...element.querySelectorAll('.tg-cell.number, .tg-head .tg-caption')].some(
+                    (part) => part.scrollWidth > part.clientWidth,
+                ),
+            );
+        assert.equal(await isCut(), false);
+        const before = await width('Self');
+        await dragEdge('Self', -500);
+        assert.equal(await width('Self'), 48);
+        assert.equal(await isCut(), true);
+        await head('Self').locator('.tg-grip').dblclick();
+        assert.equal(await width('Self'), before);
+        assert.equal(await isCut(), false);
+    });
+
+    it('keep their widths when there are other columns, and over a reload', async () => {
+        const before = await width('Self');
+        await dragEdge('Self', 60);
+        assert.equal(await width('Self'), before + 60);
+        const [self, change] = relay.gridview.columns.slice(4, 6);
+        relay.gridview.columns = relay.gridview.columns.map(
+            (column, at) => ({ 4: change, 5: self })[at] ?? column,
+        );
+        relay.event('DataChangedEvent');
+        await page.locator('.tg-headcell[data-column=c5]', { hasText: 'Self' }).waitFor();
+        assert.equal(await width('Self'), before + 60);
+        await page.reload();
+        await row(0).waitFor();
+        assert.equal(await width('Self'), before + 60);
+    });
+
+    it('are reached by keyboard', async () => {
+        const before = await width('Self');
         await grid().focus();
         await key('Tab');
-        for (const name of ['ArrowRight', 'ArrowRight', 'Shift+ArrowLeft']) await key(name);
-        assert.equal(await width(), 194);
+        for (const name of ['ArrowRight', 'ArrowRight', 'Shift+ArrowRight']) await key(name);
+        assert.equal(await width('Self'), before + 16);
         await key('Alt+ArrowDown');
-        await page.getByRole('menu', { name: 'Self' }).waitFor();
+        await page.getByRole('menu', { name: 'CPU Time: Self' }).waitFor();
         await key('Enter');
         await page.waitForFunction(() => document.querySelector('[data-column=c4][aria-sort=ascending]'));
         assert.equal(await page.evaluate(() => document.activeElement.textContent), 'Self');

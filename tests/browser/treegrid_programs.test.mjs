@@ -30,7 +30,7 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         browser = await startBrowser();
         page = browser.page;
         grid = new GridPage(page);
-        session = new Session(profile, folder);
+        session = new Session([profile], folder);
         await session.startRelay();
         session.startHost();
         await page.goto(session.url);
@@ -102,13 +102,23 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         const copied = await page.evaluate(() => navigator.clipboard.readText());
         for (const name of ['dot', 'step', 'walk']) assert.ok(copied.includes(name), copied);
         assert.ok(!copied.includes('multiply'), copied);
+        const openExport = () =>
+            page.getByRole('button', { name: 'Export…' }).filter({ visible: true }).click();
+        await openExport();
+        const [download] = await Promise.all([page.waitForEvent('download'), page.keyboard.press('Enter')]);
+        assert.match(download.suggestedFilename(), /functions\.csv$/);
+        const downloaded = await readFile(await download.path(), 'utf8');
+        for (const name of ['main', 'multiply', '1112']) assert.ok(downloaded.includes(name), downloaded);
         const path = join(folder, 'exported.csv');
-        await page.getByRole('button', { name: 'Export…' }).filter({ visible: true }).click();
-        await page.getByRole('dialog').getByRole('textbox').fill(path);
-        await page.keyboard.press('Enter');
-        await page.getByRole('dialog').waitFor({ state: 'detached' });
-        const exported = await readFile(path, 'utf8');
-        for (const name of ['main', 'multiply', '1112']) assert.ok(exported.includes(name), exported);
+        for (const question of [undefined, `Replace the file ${path}?`]) {
+            await openExport();
+            await page.getByRole('dialog').getByRole('textbox').fill(path);
+            await page.getByRole('dialog').getByRole('textbox').press('Enter');
+            if (question) await page.getByText(question).waitFor();
+            if (question) await page.getByRole('button', { name: 'Replace' }).click();
+            await page.getByRole('dialog').waitFor({ state: 'detached' });
+            assert.equal(await readFile(path, 'utf8'), downloaded);
+        }
     });
 
     it('search, sort and fold chains', async () => {
@@ -144,13 +154,50 @@ describe('the tree grids on the real programs', { skip: BIN ? false : 'PANEDECK_
         await page.locator('#status').filter({ hasNotText: 'Connected' }).waitFor();
         session.startHost();
         await waitForStatus(page, 'Connected');
-        await grid.waitForRows(['+ main']);
-        await grid.element.focus();
-        await page.keyboard.press('*');
         await folded.waitFor();
         await isPressed.click();
         await isPressed.waitFor({ state: 'detached' });
         await folded.waitFor({ state: 'detached' });
+    });
+
+    it('compare two results, and show that the other way round', async () => {
+        const second = join(folder, 'second.folded');
+        await writeFile(second, 'main;multiply 100\nmain;walk 30\n');
+        const compared = new Session([join(folder, 'profile.folded'), second], folder);
+        await compared.startRelay();
+        compared.startHost();
+        try {
+            await page.goto(compared.url);
+            await grid.choose('Bottom-up');
+            const heads = await grid.element.locator('.tg-caption').allTextContents();
+            assert.deepEqual(heads.slice(0, 2), ['weight', 'Self']);
+            assert.deepEqual(heads.slice(-3), ['First', 'Second', 'First − Second']);
+            const texts = () =>
+                grid.element
+                    .locator('[data-row]')
+                    .evaluateAll((rows) =>
+                        rows
+                            .sort((one, other) => one.dataset.row - other.dataset.row)
+                            .map((row) =>
+                                [...row.querySelectorAll('.tg-text')].map((cell) => cell.textContent).join(' '),
+                            ),
+                    );
+            const print = '<b>print</b> & "more"';
+            assert.deepEqual(await texts(), [
+                ...['dot 1,025 0 +1,025', `${print} 5 0 +5`],
+                ...['walk 12 30 −18', 'multiply 70 100 −30'],
+            ]);
+            await page.getByRole('button', { name: 'Swap' }).click();
+            await grid.waitForRows(['+ multiply', '+ walk', `+ ${print}`, '+ dot']);
+            assert.deepEqual(await texts(), [
+                ...['multiply 100 70 +30', 'walk 30 12 +18'],
+                ...[`${print} 0 5 −5`, 'dot 0 1,025 −1,025'],
+            ]);
+            assert.deepEqual(await grid.element.locator('.more, .less').count(), 4);
+        } finally {
+            await compared.stop();
+            await page.goto(session.url);
+        }
     });
 
     it('show callers and callees of a function', async () => {

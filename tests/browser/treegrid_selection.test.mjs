@@ -7,6 +7,7 @@ import {
     CLOSED,
     OPENED,
     TREE,
+    chooseTool,
     currentRow,
     grid,
     head,
@@ -159,9 +160,9 @@ describe('the selection', () => {
             'Selected: 3 rows',
             '2.312 s',
             '1.712 s',
-            '-349.999 ms',
+            '−349.999 ms',
         ]);
-        assert.equal(await grid().getAttribute('aria-rowcount'), '6');
+        assert.equal(await grid().getAttribute('aria-rowcount'), '7');
     });
 
     it('is not hidden behind the footer that it brings', async () => {
@@ -176,26 +177,75 @@ describe('the selection', () => {
         });
     });
 
-    it('goes to the clipboard and all rows to a file', async () => {
+    it('goes to the clipboard, if there is one, and says how much of it did', async () => {
         await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
-        await open({ bottomUp: TREE });
+        await open({ bottomUp: many(9) });
+        const said = (text) => page.getByRole('status').filter({ hasText: text }).waitFor();
+        const clipboard = () => page.evaluate(() => navigator.clipboard.readText());
+        await page.evaluate(() => navigator.clipboard.writeText('mine'));
+        await grid().focus();
+        await key('Control+c');
+        await said('Nothing is selected, so nothing was copied.');
+        assert.equal(await clipboard(), 'mine');
         await row(0).click();
         await key('Shift+ArrowDown');
         await key('Control+c');
-        await page.getByRole('status').filter({ hasText: 'Copied' }).waitFor({ state: 'attached' });
-        assert.equal(
-            await page.evaluate(() => navigator.clipboard.readText()),
-            'multiply\t1400000\nread<char>(FILE*, "x") 漢😀\t250000\n',
-        );
-        await page.getByRole('button', { name: 'Export…' }).click();
-        const dialog = page.getByRole('dialog', { name: 'Export to CSV' });
-        await dialog.getByRole('textbox').fill('nowhere.csv');
+        await said('Copied 2 rows.');
+        assert.equal(await clipboard(), 'Function\tSelf\nf0\t9\nf1\t8');
+        await key('Control+a');
+        await page.locator('.tg-foot').getByText('Selected: 9 rows').waitFor();
+        await key('Control+c');
+        await said('Copied only 5 of 9 rows');
+    });
+
+    it('leaves a part of a name to be marked and copied', async () => {
+        await page.context().grantPermissions(['clipboard-read', 'clipboard-write']);
+        await open({ bottomUp: [gridNode(`std::${'very_long::'.repeat(20)}end_of_name`, [1, 0, 1, 0])] });
+        const name = await row(0).locator('.tg-name').boundingBox();
+        const middle = name.y + name.height / 2;
+        await page.mouse.move(name.x + name.width - 60, middle);
+        await page.mouse.down();
+        await page.mouse.move(name.x + name.width - 1, middle, { steps: 3 });
+        await page.mouse.up();
+        await key('Control+c');
+        await page.waitForFunction(async () => (await navigator.clipboard.readText()).endsWith('_name'));
+        assert.equal(relay.requests('gridview:selection').length, 0);
+    });
+});
+
+describe('the export', () => {
+    const dialog = () => page.getByRole('dialog', { name: 'Export to CSV' });
+    const openDialog = () => page.getByRole('button', { name: 'Export…' }).click();
+
+    it('is a download of the browser', async () => {
+        await open({ bottomUp: TREE });
+        await openDialog();
+        const [download] = await Promise.all([page.waitForEvent('download'), key('Enter')]);
+        assert.equal(download.suggestedFilename(), 'bottom-up.csv');
+        await dialog().waitFor({ state: 'detached' });
+        relay.failures = { 'export:download': 'IsNot.Valid.Parameter: export:download' };
+        await openDialog();
         await key('Enter');
-        await dialog.getByText('The file could not be written: IsNot.Valid.Object').waitFor();
-        await dialog.getByRole('textbox').fill('/tmp/<a> & "b".csv');
-        await key('Enter');
-        await dialog.waitFor({ state: 'detached' });
-        assert.deepEqual(relay.gridview.exports, ['/tmp/<a> & "b".csv']);
+        await dialog().getByText('This host offers no downloads.').waitFor();
+    });
+
+    it('goes to a path on the host, and asks before it replaces a file', async () => {
+        await open({ bottomUp: TREE });
+        relay.existing = ['/home/me/<a> & "b".csv'];
+        await openDialog();
+        const path = dialog().getByRole('textbox');
+        relay.failures = { 'export:resolve': 'IsNot.Valid.Argument: /home/me is a folder' };
+        await path.fill('~');
+        await path.press('Enter');
+        await dialog().getByText('The file could not be written. /home/me is a folder.').waitFor();
+        relay.failures = {};
+        await path.fill('~/<a> & "b".csv');
+        await path.press('Enter');
+        await dialog().getByText('Replace the file /home/me/<a> & "b".csv?').waitFor();
+        assert.deepEqual(relay.gridview.exports, []);
+        await dialog().getByRole('button', { name: 'Replace' }).click();
+        await page.getByRole('status').filter({ hasText: 'written to /home/me/<a> & "b".csv' }).waitFor();
+        assert.deepEqual(relay.gridview.exports, ['/home/me/<a> & "b".csv']);
     });
 });
 
@@ -268,7 +318,7 @@ describe('the search', () => {
         await grid().focus();
         await key('Control+f');
         await page.keyboard.type('F199');
-        await count().filter({ hasText: '1 of 11' }).waitFor();
+        await page.locator('mark.current').waitFor();
         let release;
         relay.gridview.holds = { scroll: new Promise((resolve) => (release = resolve)) };
         for (const name of ['Enter', 'Enter', 'F3', 'Shift+F3', 'Enter']) await key(name);
@@ -325,7 +375,7 @@ describe('the search', () => {
         await page.getByRole('searchbox').fill('main');
         await until(() => lastFrame('search')?.includes('<_>main</_>'));
         await count().filter({ hasText: 'No hits' }).waitFor();
-        await page.getByRole('button', { name: 'Expand all' }).click();
+        await chooseTool('Expand', 'Expand all');
         await row(7).waitFor();
         await page.getByRole('button', { name: 'Next' }).click();
         await count().filter({ hasText: '1 of 3' }).waitFor();

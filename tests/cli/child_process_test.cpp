@@ -1,3 +1,4 @@
+#include "basekit/broken_pipes.h"
 #include "child_process.h"
 
 #include <gtest/gtest.h>
@@ -44,6 +45,16 @@ TEST(ChildProcess, StopsByRequestOrByForce) {
         EXPECT_FALSE(child.is_running());
         EXPECT_EQ(child.ending(), entry.ending);
     }
+}
+
+TEST(ChildProcess, DiesOfBrokenPipesThoughItsParentDoesNot) {
+    bk2::ignore_broken_pipes();
+    ChildProcess child;
+    ASSERT_TRUE(child.start({shell, "-c", "kill -PIPE $$; echo alive"}).succeeded());
+    std::string line;
+    EXPECT_FALSE(child.read_line(line, seconds(10)).succeeded());
+    child.stop();
+    EXPECT_EQ(child.ending(), "was killed by signal 13");
 }
 
 TEST(ChildProcess, SaysWhichProgramIsMissing) {

@@ -1,5 +1,6 @@
 #include "grid_answer.h"
 #include "pane_frames.h"
+#include "profile_summary.h"
 #include "text_table.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ TEST(TextTable, SetsNamesLeftAndNumbersRight) {
                             "------------  --------\n"
                             "größer               5\n"
                             "a very long…  12345678\n"
-                            "?[31m?\n");
+                            "\\x1b[31m\\x0a\n");
 }
 
 variant_bag_t& add_column(variant_bag_t& columns, const char* id, const char* name) {
@@ -29,76 +30,55 @@ variant_bag_t& add_column(variant_bag_t& columns, const char* id, const char* na
     return column;
 }
 
-TEST(GridAnswer, ShowsLeafColumnsRawValuesAndWhetherThereIsMore) {
+TEST(GridAnswer, ShowsLeafColumnsValuesWithUnitsAndWhetherThereIsMore) {
     variant_bag_t answer;
     variant_bag_t& columns = answer.add_variant_bag("columns");
-    add_column(columns, "c0", "Function");
+    add_column(columns, "c0", "/Function").put("caption", variant_t("Function"));
     variant_bag_t& compared = add_column(columns, "c1", "time").add_variant_bag("columns");
     add_column(compared, "c2", "time:First");
     add_column(compared, "c3", "second");
+    add_column(columns, "c4", "time and space:Self");
+    add_column(columns, "c5", "Samples:Self");
     variant_bag_t& row = answer.add_variant_bag("rows").add_variant_bag("row").add_variant_bag("cells");
     row.add_variant_bag("c0").put("value", variant_t("main"));
     row.add_variant_bag("c1");
-    row.add_variant_bag("c2").put("value", variant_t(bk2::s64_t{1} << 60));
+    row.add_variant_bag("c2").put("value", variant_t(1'500'000));
     row.add_variant_bag("c3").put("value", variant_t(0.5));
+    row.add_variant_bag("c4").put("value", variant_t(bk2::u64_t{4'718'592}));
+    row.add_variant_bag("c5").put("value", variant_t(bk2::s64_t{1} << 60));
     answer.put_own_value("fullContent", variant_t(false));
     std::string text;
-    ASSERT_TRUE(grid_answer_as_text(answer, text).succeeded());
-    EXPECT_EQ(text, "Function           time:First  time / second\n"
-                    "--------  -------------------  -------------\n"
-                    "main      1152921504606846976            0.5\n"
+    const std::map<std::string, std::string> units{
+        {"time", "microseconds"}, {"time and space", "bytes"}, {"Samples", "count"}};
+    ASSERT_TRUE(grid_answer_as_text(answer, units, text).succeeded());
+    EXPECT_EQ(text, "Function  time:First  time / second  time and space:Self         Samples:Self\n"
+                    "--------  ----------  -------------  -------------------  -------------------\n"
+                    "main         1.500 s         500 ns            4.500 MiB  1152921504606846976\n"
                     "… and more rows\n");
+}
+
+TEST(ProfileSummary, TellsWhatWasSkippedInSentences) {
+    variant_bag_t answer;
+    constexpr char json[] =
+        R"({"results":[{"name":"a.txt","metrics":[{"id":"t","name":"Time","unit":"nanoseconds"}],
+        "skipped":{"count":8,"unit":"line","reasons":[{"text":"too long","count":7,"firstLines":[3,5]},
+                                                    {"text":"odd","count":1,"firstLines":[9]}]}},
+        {"name":"b"}]})";
+    ASSERT_TRUE(read_pane_frame(json, answer).succeeded());
+    const ProfileSummary summary = read_profile_summary(answer);
+    EXPECT_EQ(summary.units.at("Time"), "nanoseconds");
+    EXPECT_EQ(summary.sentences,
+              (std::vector<std::string>{
+                  "8 lines of a.txt were skipped: 7 times \"too long\" (3, 5, …), once \"odd\" (9)."}));
 }
 
 TEST(GridAnswer, AnEmptyAnswerIsNoFailureAndAnotherOneIs) {
     std::string text;
-    EXPECT_TRUE(grid_answer_as_text({}, text).succeeded());
+    EXPECT_TRUE(grid_answer_as_text({}, {}, text).succeeded());
     EXPECT_EQ(text, "The profile has no rows.\n");
     variant_bag_t other;
     other.put("x", variant_t(1));
-    EXPECT_TRUE(grid_answer_as_text(other, text).failed());
-}
-
-TEST(PaneFrames, WritesRequests) {
-    variant_bag_t parameters;
-    parameters.put_own_value("grouping", variant_t("/Function"));
-    EXPECT_EQ(
-        write_request_frame("7", "grid:get", parameters),
-        "<msg><request><id>7</id><type>grid:get</type><grouping><_>/Function</_></grouping></request></msg>");
-}
-
-TEST(PaneFrames, TakesAnswersOfBothForms) {
-    const struct {
-        const char* frame;
-        const char* id;
-        int outcome;
-        const char* text;
-    } cases[] = {
-        {"<msg><response><requestId>1</requestId><type>grid:get</type><_><a>x</a></_></response></msg>", "1",
-         0, "x"},
-        {R"({"response":{"requestId":"2","serializeAsJson":null,"type":"options:get","":{"a":"x"}}})", "2", 0,
-         "x"},
-        {R"({"response":{"requestId":"3","type":"error","":{"text":"FailedTo: see"}}})", "3", -1,
-         "FailedTo: see"},
-        {R"({"response":{"requestId":"4","type":"canceled"}})", "4", -1, ""},
-        {R"({"response":{"requestId":"5","type":"options:set","":null}})", "5", 0, ""},
-    };
-    for (const auto& entry : cases) {
-        variant_bag_t message;
-        ASSERT_TRUE(read_pane_frame(entry.frame, message).succeeded()) << entry.frame;
-        EXPECT_EQ(response_id(message), entry.id);
-        EXPECT_EQ(event_name(message), "");
-        variant_bag_t answer;
-        const auto result = take_answer(message, answer);
-        EXPECT_EQ(result.value(), entry.outcome);
-        EXPECT_EQ(result.failed() ? result.message() : answer.get_variant("a").text(), entry.text);
-    }
-    variant_bag_t message;
-    ASSERT_TRUE(
-        read_pane_frame("<msg><event><name>relay:libraryLost</name></event></msg>", message).succeeded());
-    EXPECT_EQ(event_name(message), "relay:libraryLost");
-    EXPECT_EQ(response_id(message), "");
-    EXPECT_TRUE(read_pane_frame("neither", message).failed());
+    EXPECT_TRUE(grid_answer_as_text(other, {}, text).failed());
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "basekit/ref_counted.h"
 #include "basekit/task_system.h"
+#include "basekit/task_waiting_scope.h"
 #include "dispatch/irequest_dispatcher.h"
 #include "dispatch/request_type.h"
 #include "dispatch/task_displacement_map.h"
@@ -112,6 +113,7 @@ private:
 };
 
 /// Serves every operation. A request with the value `hold` is held at the checkpoint of its id; one with
+/// `lend` at the checkpoint "lent", where it lends its thread; one with
 /// `outcome` fails or throws as that says, or ignores its cancel; one with `endless` reaches the
 /// checkpoint of its id and works until it is cancelled. Keeps "+ID" when a request begins and "-ID" or, if
 /// it was cancelled, "!ID" when it ends.
@@ -128,6 +130,10 @@ public:
         const std::string id(request.get_variant("id").text());
         keep("+" + id);
         if (request.has<variant_t>("hold")) m_checkpoints.pass(id);
+        if (request.has<variant_t>("lend")) {
+            const bk2::task_waiting_scope_t waiting;
+            m_checkpoints.pass("lent");
+        }
         if (request.has<variant_t>("endless")) m_checkpoints.reach(id);
         while (request.has<variant_t>("endless") && !progress->is_canceled())
             std::this_thread::yield();

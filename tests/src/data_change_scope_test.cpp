@@ -17,37 +17,26 @@ struct Events : IEventDispatcher {
     std::vector<std::string> sent;
 };
 
-const std::vector<std::string> announced{"BeforeDataChangeEvent", "WaitForOtherPanesStopDataRequests"};
-
-TEST(DataChangeScope, AnnouncesAndCommits) {
-    Events events;
-    {
-        DataChangeScope change(&events, true);
-        EXPECT_EQ(events.sent, announced);
-        change.commit();
-        change.commit();
+TEST(DataChangeScope, AnnouncesAndEndsInOneOfTwoWays) {
+    using events_t = std::vector<std::string>;
+    const std::string before = "BeforeDataChangeEvent", wait = "WaitForOtherPanesStopDataRequests";
+    const struct {
+        bool active;
+        int commits;
+        events_t sent;
+    } cases[] = {{true, 2, {before, wait, "DataChangedEvent"}},
+                 {true, 0, {before, wait, "CancelDataChangeEvent"}},
+                 {false, 1, {}},
+                 {false, 0, {}}};
+    for (const auto& expected : cases) {
+        Events events;
+        {
+            DataChangeScope change(&events, expected.active);
+            for (int i = 0; i < expected.commits; ++i)
+                change.commit();
+        }
+        EXPECT_EQ(events.sent, expected.sent);
     }
-    auto expected = announced;
-    expected.push_back("DataChangedEvent");
-    EXPECT_EQ(events.sent, expected);
-}
-
-TEST(DataChangeScope, TakesTheAnnouncementBackWithoutACommit) {
-    Events events;
-    { DataChangeScope change(&events, true); }
-    auto expected = announced;
-    expected.push_back("CancelDataChangeEvent");
-    EXPECT_EQ(events.sent, expected);
-}
-
-TEST(DataChangeScope, InactiveScopeIsSilent) {
-    Events events;
-    {
-        DataChangeScope change(&events, false);
-        change.commit();
-    }
-    { DataChangeScope change(&events, false); }
-    EXPECT_TRUE(events.sent.empty());
 }
 
 } // namespace

@@ -98,26 +98,6 @@ TEST_F(FilterMgrTest, CompilesFilterBags) {
         EXPECT_EQ(created(config), result) << config;
 }
 
-TEST_F(FilterMgrTest, ReadsObjectIdsAs64BitIntegers) {
-    for (const char* row : {"<_>17</_>", "<_>nonsense</_>"}) {
-        struct Builder : FakeFilterBuilder {
-            error_code_t addExpression(const bk2::sptr_t<dataface1::IInfoQuery>&,
-                                       dataface1::filter_expr_opcode_t, const variant_t& value) override {
-                EXPECT_EQ(value.tag(), bk2::vt_s64);
-                return error_code_t::success();
-            }
-        };
-        struct Input : FakeInputData {
-            bk2::sptr_t<dataface1::IQueryFilterBuilder> createQueryFilterBuilder() override {
-                return bk2::sptr_t<dataface1::IQueryFilterBuilder>(new Builder);
-            }
-        };
-        manager = IFilterMgr::create(library, new Input, nullptr);
-        std::list<filter_reference_t> references;
-        EXPECT_TRUE(manager->getFilterReferences(bagFromXml(item("/Function", row)), references).succeeded());
-    }
-}
-
 TEST_F(FilterMgrTest, JoinsReferencesToTheCompiledFilter) {
     for (auto* input : {first.get(), second.get()})
         input->filters = {{"global", "G"}, {"mine", "M"}};
@@ -188,18 +168,6 @@ TEST_F(FilterMgrTest, TellsWhatIsWrongWithABag) {
               "!g ");
 }
 
-TEST_F(FilterMgrTest, LogsWhereAReferenceIsMisplaced) {
-    LogCapture log;
-    created("<or>" + reference("g") + "</or>");
-    EXPECT_EQ(log.count("IsNot.Valid.Argument:Filter reference on 2+ levels"), 3)
-        << "where it is, and who passed it on";
-}
-
-TEST_F(FilterMgrTest, NeedsABuilder) {
-    first->givesBuilder = false;
-    EXPECT_EQ(created(item("/Function", "<_>1</_>")), "FailedTo.Create.The.Object: QueryFilterBuilder");
-}
-
 TEST_F(FilterMgrTest, ReadsBagsOfAnyDepth) {
     variant_bag_t config;
     variant_bag_t* innermost = &config;
@@ -258,42 +226,6 @@ TEST_F(FilterMgrTest, CreatesAFilterOrFailsAtEveryStep) {
         }
         EXPECT_EQ(error.as_string(1), "FailedTo: step " + std::to_string(step));
     }
-}
-
-TEST_F(FilterMgrTest, ReplacesWhatWasRegistered) {
-    for (const char* text : {"one", "two"})
-        ASSERT_TRUE(manager->registerQueryFilter("a", bk2::make_sptr<FakeFilter>(text)).succeeded());
-    EXPECT_EQ(first->filters["a"], "two");
-    EXPECT_EQ(second->filters["a"], "two");
-}
-
-TEST_F(FilterMgrTest, IsEmptyOnlyIfNoResultHasTheFilter) {
-    EXPECT_TRUE(manager->isFilterEmpty("a"));
-    EXPECT_EQ(second->timesAsked, 1);
-    second->filters["a"] = "F";
-    EXPECT_FALSE(manager->isFilterEmpty("a"));
-    first->filters["a"] = "F";
-    second->timesAsked = 0;
-    EXPECT_FALSE(manager->isFilterEmpty("a"));
-    EXPECT_EQ(second->timesAsked, 0) << "the first has answered";
-}
-
-TEST_F(FilterMgrTest, WorksWithOneResult) {
-    manager = IFilterMgr::create(library, first, nullptr);
-    EXPECT_TRUE(manager->registerQueryFilter("a", bk2::make_sptr<FakeFilter>("F")).succeeded());
-    EXPECT_FALSE(manager->isFilterEmpty("a"));
-}
-
-TEST_F(FilterMgrTest, LogsResultsThatHoldNoFilters) {
-    struct NoFilters : bk2::ref_counted_t<NoFilters, bk2::mt_ref_count_impl_t, dataface1::IInputData> {
-        bk2::sptr_t<dataface1::IResultInfo> getResultInfo() const override { return nullptr; }
-    };
-    LogCapture log;
-    manager = IFilterMgr::create(library, bk2::make_sptr<NoFilters>(), nullptr);
-    EXPECT_EQ(log.count("res && filterRegistry"), 1);
-    EXPECT_EQ(log.count("m_filterRegistryList.size() > 0"), 1);
-    TempFilter temporary(manager);
-    EXPECT_TRUE(manager->createFilter(temporary, {}).failed());
 }
 
 /// Keeps the events that were sent.

@@ -80,34 +80,6 @@ std::string reached(IRequestDispatcher& dispatcher, const std::string& type) {
     return std::string(response.get_own_value("reached")->text());
 }
 
-TEST(RequestDispatcher, RoutesByTheDomainAndPassesTheOperation) {
-    const auto dispatcher = IRequestDispatcher::create();
-    dispatcher->addRequestHandler(echo("grid", "g"));
-    dispatcher->addRequestHandler(echo("viewpoint", "v"));
-    EXPECT_EQ(dispatcher->getDomainName(), "");
-    const struct {
-        const char* type;
-        const char* answer;
-    } cases[] = {
-        {"grid", "g/"},
-        {"grid:get", "g/get"},
-        {"viewpoint:config:x", "v/config:x"},
-        {"viewpoint:fail", "IsNot.Valid.Data: echo"},
-        {"Grid:get", "IsNot.Valid.Parameter: Grid:get"},
-        {"nobody:get", "IsNot.Valid.Parameter: nobody:get"},
-        {"", "IsNot.Valid.Parameter"},
-    };
-    for (const auto& expected : cases)
-        EXPECT_EQ(reached(*dispatcher, expected.type), expected.answer);
-}
-
-TEST(RequestDispatcher, UnknownDomainIsLogged) {
-    LogCapture log;
-    const auto dispatcher = IRequestDispatcher::create();
-    reached(*dispatcher, "nobody:get");
-    EXPECT_EQ(log.count("IsNot.Valid.Parameter:nobody:get"), 1);
-}
-
 TEST(RequestDispatcher, GroupsAreSearchedInOrderAndCanBeTakenAway) {
     const auto dispatcher = IRequestDispatcher::create();
     const auto first = IRequestHandlerGroup::create();
@@ -126,17 +98,6 @@ TEST(RequestDispatcher, GroupsAreSearchedInOrderAndCanBeTakenAway) {
     EXPECT_EQ(reached(*dispatcher, "a"), "default/") << "the default group comes first";
     second->removeRequestHandlers();
     EXPECT_EQ(reached(*dispatcher, "b"), "IsNot.Valid.Parameter: b");
-}
-
-TEST(RequestDispatcher, EmptyPointersAreLoggedAndIgnored) {
-    LogCapture log;
-    const auto dispatcher = IRequestDispatcher::create();
-    dispatcher->addRequestHandlerGroup(nullptr);
-    dispatcher->removeRequestHandlerGroup(nullptr);
-    EXPECT_EQ(log.count("group, at file: "), 2);
-    dispatcher->addRequestHandler(nullptr);
-    EXPECT_EQ(log.count("handler, at file: "), 1);
-    EXPECT_EQ(reached(*dispatcher, "a"), "IsNot.Valid.Parameter: a");
 }
 
 TEST(RequestHandlerGroup, SecondHandlerOfADomainReplacesTheFirst) {
@@ -172,38 +133,6 @@ TEST(RequestDispatcher, EachQuestionGoesToTheStrategyConcerned) {
     std::string taskName;
     EXPECT_TRUE(dispatcher->buildTaskName("b:x", variant_bag_t(), taskName).succeeded());
     EXPECT_EQ(taskName, "b:x@b");
-}
-
-TEST(RequestDispatcher, PlainStrategyStandsInAfterLogging) {
-    const auto dispatcher = IRequestDispatcher::create();
-    dispatcher->addRequestHandler(std::make_shared<EchoHandler>("none", "", nullptr));
-    const auto strategy = dispatcher->getTaskDisplacementStrategy();
-    const struct {
-        const char* taskName;
-        const char* assertion;
-    } cases[] = {{"nobody:x", "requestHandler, at file: "},
-                 {"none:x", "taskDisplacementStrategy, at file: "}};
-    for (const auto& expected : cases) {
-        LogCapture log;
-        EXPECT_EQ(strategy->buildTaskName(expected.taskName, variant_bag_t()), expected.taskName);
-        EXPECT_FALSE(strategy->isMine(expected.taskName));
-        EXPECT_FALSE(strategy->isExclusive(expected.taskName));
-        EXPECT_FALSE(strategy->isDisplacedBy("a", expected.taskName));
-        EXPECT_FALSE(strategy->isDisplacedOnFilterChange(expected.taskName, "f"));
-        EXPECT_FALSE(strategy->isDisplacedOnKnobChange(expected.taskName));
-        EXPECT_EQ(log.count(expected.assertion), 6) << expected.taskName;
-    }
-}
-
-TEST(RequestHandler, WithoutAStrategyTheTaskNameStays) {
-    EchoHandler handler("none", "", nullptr);
-    std::string taskName = "as it was";
-    EXPECT_TRUE(handler.buildTaskName("none:x", variant_bag_t(), taskName).succeeded());
-    EXPECT_EQ(taskName, "as it was");
-}
-
-TEST(RequestHandler, AllPlainHandlersShareOneStrategy) {
-    EXPECT_EQ(PlainHandler().getTaskDisplacementStrategy(), PlainHandler().getTaskDisplacementStrategy());
 }
 
 } // namespace

@@ -20,14 +20,12 @@ using tests::LogCapture;
 /// The host's side: notes what it is given and answers as told.
 struct Host : ITaskRequestHandler {
     error_code_t handleTaskRequest(const char* requestId, const char* requestType, variant_bag_t& request,
-                                   notifykit2::IProgress* progress) override {
+                                   notifykit2::IProgress*) override {
         id = requestId ? std::optional<std::string>(requestId) : std::nullopt;
         type = requestType;
         thread = std::this_thread::get_id();
         parameter = std::string(request.get_variant("key").text());
         ++calls;
-        if (held) checkpoints.pass("handling");
-        canceled = progress->is_canceled();
         return answer;
     }
     error_code_t reportTaskError(const char* requestId, const error_code_t& error) override {
@@ -36,13 +34,10 @@ struct Host : ITaskRequestHandler {
     }
 
     error_code_t answer;
-    bool held = false;
-    Checkpoints checkpoints;
     int calls = 0;
     std::optional<std::string> id;
     std::string type, parameter, reported;
     std::thread::id thread;
-    bool canceled = false;
 };
 
 bk2::sptr_t<RequestTask> makeTask(const char* requestId, Host* host) {
@@ -101,41 +96,6 @@ TEST(RequestTask, FailureIsReportedOnlyUnderAnId) {
         EXPECT_EQ(host.id.has_value(), expected.id && *expected.id) << "an empty id is handed over as null";
         EXPECT_EQ(host.reported, expected.reported);
     }
-}
-
-TEST(RequestTask, CancelReachesTheProgressOfTheRunningHandler) {
-    Host host;
-    host.held = true;
-    const auto task = makeTask("17", &host);
-    Finish finish(*task);
-    bk2::task_system_t tasks;
-    tasks.start(task);
-    host.checkpoints.waitFor("handling");
-    task->cancel();
-    host.checkpoints.open("handling");
-    finish.checkpoints.waitFor("finished");
-    EXPECT_TRUE(host.canceled);
-}
-
-TEST(RequestTask, CanceledBeforeItsStartItNeverRuns) {
-    Host host;
-    const auto task = makeTask("17", &host);
-    task->cancel();
-    run(task);
-    EXPECT_EQ(host.calls, 0);
-}
-
-TEST(RequestTask, LogsStartEndAndCancel) {
-    LogCapture log(logkit1::level_t::info);
-    Host host;
-    const auto task = makeTask("17", &host);
-    run(task);
-    EXPECT_EQ(log.count("Executing task with requestId=17"), 1);
-    EXPECT_EQ(log.count("Task finished with requestId=17"), 1);
-    // The queue that goes may have cancelled the task too, if it went before it had let go of it.
-    const long canceled = log.count("Task canceled, requestId=17");
-    task->cancel();
-    EXPECT_EQ(log.count("Task canceled, requestId=17"), canceled + 1);
 }
 
 TEST(RequestTask, MissingHandlerOrBagIsLogged) {

@@ -6,7 +6,6 @@
 #include <boost/system/system_error.hpp>
 #include <gtest/gtest.h>
 
-#include <array>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -138,39 +137,6 @@ TEST_F(SocketClientTest, RefusesBadArguments) {
               "FailedTo.Process.This.Operation: Cannot send message due to socket is closed");
 }
 
-TEST_F(SocketClientTest, AnswersABadFrameAndLivesOn) {
-    const std::string operation = "FailedTo.Process.This.Operation: ";
-    const std::string syntax = operation + "Invalid incoming message syntax";
-    const std::vector<std::array<std::string, 3>> cases = {
-        // what comes in, the id of the answer, its text
-        {"<msg></msg>", "", "FailedTo: No meaningful data in the message"},
-        {"no XML</msg>", "", syntax},
-        {"<!DOCTYPE msg [<!ENTITY a 'b'>]><msg><request><id>1</id><type>&a;</type></request></msg>", "",
-         syntax},
-        {"</msg>", "", syntax},
-        {"<msg><request type=\"bag\"/></msg>", "", operation + "Invalid request type value"},
-        {"<msg><request><id>1</id></request></msg>", "1", operation + "Invalid request type value"},
-        {"<msg><request><id>1</id><type type=\"s32_t\">1</type></request></msg>", "1",
-         operation + "Invalid request type value"},
-        {"<msg><request><type>a:b</type></request></msg>", "", operation + "Invalid request ID value"},
-        {"<msg><request><id type=\"s32_t\">1</id><type>a:b</type></request></msg>", "",
-         operation + "Invalid request ID value"},
-        {"<msg><event type=\"bag\"/></msg>", "", operation + "Invalid event name"},
-    };
-    connect();
-    for (const auto& [incoming, id, text] : cases) {
-        m_peer->send(incoming);
-        const std::string id_entry = id.empty() ? "" : "\"requestId\":\"" + id + "\",";
-        EXPECT_EQ(m_peer->read_frame(), "{\"response\":{" + id_entry +
-                                            "\"serializeAsJson\":null,\"type\":\"error\",\"\":{\"text\":\"" +
-                                            text + "\"}}}")
-            << incoming;
-    }
-    m_peer->send(request_frame("2") + "<msg><event><name>e</name></event></msg>");
-    EXPECT_EQ(m_handler.next(), "2 test:do ");
-    EXPECT_EQ(m_handler.next(), "event e");
-}
-
 TEST_F(SocketClientTest, AnswersForAHandlerThatFailsThrowsOrIsMissing) {
     const auto answer = [&](const std::string& text) {
         m_peer->send(request_frame("5"));
@@ -195,37 +161,6 @@ TEST_F(SocketClientTest, AnswersForAHandlerThatFailsThrowsOrIsMissing) {
     peer->send(request_frame("5"));
     EXPECT_NE(peer->read_frame().find("Event handler was not specified, message handling is not expected"),
               std::string::npos);
-}
-
-/// The handler may take the whole request away.
-TEST_F(SocketClientTest, HandsTheRequestOver) {
-    variant_bag_t taken;
-    m_handler.on_request = [&](variant_bag_t& request) {
-        taken.swap(request);
-        m_handler.on_request = nullptr;
-        return error_code_t();
-    };
-    connect();
-    m_peer->send(request_frame("1", "hello") + request_frame("2"));
-    EXPECT_EQ(m_handler.next(), "2 test:do ");
-    EXPECT_EQ(taken.get_variant("id").text(), "1");
-    EXPECT_EQ(taken.get_variant("text").text(), "hello");
-}
-
-TEST_F(SocketClientTest, ReadsFramesHoweverTheyAreCut) {
-    connect();
-    m_peer->send(request_frame("1") + request_frame("2"));
-    EXPECT_EQ(m_handler.next(), "1 test:do ");
-    EXPECT_EQ(m_handler.next(), "2 test:do ");
-    const std::string frame = request_frame("3", "split");
-    for (std::size_t cut = 1; cut < frame.size(); ++cut) {
-        m_peer->send(frame.substr(0, cut));
-        m_peer->send(frame.substr(cut));
-        EXPECT_EQ(m_handler.next(), "3 test:do split") << cut;
-    }
-    for (const char byte : frame)
-        m_peer->send({&byte, 1});
-    EXPECT_EQ(m_handler.next(), "3 test:do split");
 }
 
 TEST_F(SocketClientTest, WritesEachTypeInItsForm) {
@@ -302,17 +237,6 @@ TEST_F(SocketClientTest, FramesOfManyThreadsStayWhole) {
         sender.join();
 }
 
-TEST_F(SocketClientTest, HalfAFrameDoesNotSpoilTheNextConnection) {
-    connect();
-    m_peer->send("<msg><request><id>1</id><ty");
-    restart_server();
-    m_peer->read_frame();
-    EXPECT_EQ(m_handler.next(), "connected");
-    m_peer->send(request_frame("2") + request_frame("3"));
-    EXPECT_EQ(m_handler.next(), "2 test:do ");
-    EXPECT_EQ(m_handler.next(), "3 test:do ");
-}
-
 TEST_F(SocketClientTest, HalfAFrameMayEndOnTheNextConnection) {
     connect();
     m_peer->send("<msg><request><id>1</id><ty");
@@ -374,20 +298,6 @@ TEST_F(SocketClientTest, TheLongestFrameIsJustUnder100MiB) {
     const std::string frame = m_peer->read_frame();
     EXPECT_EQ(frame.size(), limit - 1);
     EXPECT_TRUE(frame.ends_with("xxx</t></_></event></msg>"));
-}
-
-TEST_F(SocketClientTest, AMessageWithoutAnEndCostsOneAnswer) {
-    connect();
-    const std::string block(1 << 20, 'x');
-    m_peer->send("<msg><request><id>1</id><type>");
-    for (int sent = 0; sent < 200; ++sent)
-        m_peer->send(block);
-    m_peer->send(request_frame("2"));
-    EXPECT_EQ(m_handler.next(), "2 test:do ");
-    ASSERT_TRUE(m_client->sendEvent("end", nullptr).succeeded());
-    EXPECT_EQ(m_peer->read_frame(), R"({"response":{"serializeAsJson":null,"type":"error","":)"
-                                    R"({"text":"IsNot.Valid.Data: Incoming message exceeds 128MB limit"}}})");
-    EXPECT_EQ(m_peer->read_frame(), "<msg><event><name>end</name></event></msg>");
 }
 
 std::mutex log_mutex;

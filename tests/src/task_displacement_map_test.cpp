@@ -38,18 +38,5 @@ TEST(TaskDisplacementMap, EntriesAndTheirPatterns) {
     EXPECT_FALSE(map->isExclusive("b:x"));
 }
 
-TEST(TaskDisplacementMap, DisplaceWithoutAnEntryIsLoggedAndIgnored) {
-    tests::LogCapture log;
-    const auto map = TaskDisplacementMap::build();
-    EXPECT_EQ(map->displace(".*"), map);
-    EXPECT_EQ(log.count("m_patterns.size(), at file: "), 1);
-    EXPECT_FALSE(map->isDisplacedBy("a", "b"));
-    EXPECT_FALSE(map->isExclusive("a"));
-}
-
-TEST(TaskDisplacementMap, PatternThatIsNoneThrows) {
-    EXPECT_THROW(TaskDisplacementMap::build()->incomingTasks("("), boost::regex_error);
-}
-
 } // namespace
 } // namespace panedeck

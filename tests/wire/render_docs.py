@@ -66,7 +66,7 @@ def examples_of(script: Script) -> dict[str, str]:
             name, asked = step.words[0], ""
         elif name and step.keyword in ("request", "frame", "cancel"):
             asked += shown_request(step, last_id)
-        elif name and step.keyword in ("answer", "failure", "table", "window"):
+        elif name and step.keyword in ("answer", "failure", "event", "table", "window"):
             found[name] = f"```\n{asked}```\n\n```\n{step.text}\n```\n"
             name = None
     return found

@@ -51,15 +51,3 @@ export async function startBrowser() {
 export async function waitForStatus(page, text) {
     await page.getByRole('status').filter({ hasText: text }).first().waitFor();
 }
-
-/** The table that the page shows: header texts, and for each row its texts and raw values. */
-export async function readTable(page) {
-    await page.locator('table.grid tbody tr').first().waitFor();
-    return page.locator('table.grid').evaluate((table) => ({
-        columns: [...table.querySelectorAll('thead th[scope=col]')].map((cell) => cell.textContent),
-        rows: [...table.tBodies[0].rows].map((row) => ({
-            texts: [...row.cells].map((cell) => cell.textContent),
-            values: [...row.cells].map((cell) => cell.dataset.value),
-        })),
-    }));
-}

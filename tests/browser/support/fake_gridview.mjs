@@ -8,6 +8,9 @@ function fieldsOf(frame) {
         fields[name] = kind ? JSON.parse(text) : unescape(text);
     for (const [, name, kind, text] of frame.matchAll(/<(\w+)(?: type="(\w+)")?>([^<]+)<\/\1>/g))
         fields[name] ??= kind ? JSON.parse(text) : unescape(text);
+    fields.path = [...frame.matchAll(/<type>[^<]*<\/type><value>([^<]*)<\/value>/g)].map((found) =>
+        unescape(found[1]),
+    );
     return fields;
 }
 
@@ -50,13 +53,23 @@ const COLUMNS = [
     }),
     dataColumn('Thread A', { barType: 'default', color: 0x1f6688ff }),
     dataColumn('Thread B', { barType: 'default', color: 0xd47334ff }),
-    dataColumn('Self', {
+    dataColumn('CPU Time:Self', {
+        query: '/Metrics/time',
+        queryFlag: 20,
+        isSelf: true,
         barType: 'default',
         color: 0xd47334ff,
         issues: [{ issueText: 'Too much self time' }],
     }),
     dataColumn('Change', { barType: 'diff', color: 0xb3261eff, confidenceText: 'Too few samples' }),
+    ...['Module', 'SourceFile', 'SourceLine'].map((name) => ({
+        caption: name,
+        query: `/Info/${name}`,
+        queryFlag: 0,
+        isInfo: true,
+    })),
 ];
+const PLACE_COLUMN = 6;
 
 const node = (dataIndex, isCollapsed, children = []) => ({
     dataIndex,
@@ -65,15 +78,19 @@ const node = (dataIndex, isCollapsed, children = []) => ({
     ...(children.length > 0 && { columns: children }),
 });
 const HIERARCHY = {
-    columns: [node(0, false), node(1, true, [node(2, false), node(3, false)]), node(4, false), node(5, false)],
+    columns: [
+        node(0, false),
+        node(1, true, [node(2, false), node(3, false)]),
+        ...[4, 5, 6, 7, 8].map((column) => node(column, false)),
+    ],
 };
 
 /**
  * A node of a tree: its name, the numbers of the columns "Thread A", "Thread B", "Self" and "Change" in microseconds,
- * and the nodes below it. A name of null is an unknown one.
+ * the nodes below it, and module, file and line. A name of null is an unknown one.
  */
-export function gridNode(name, [a, b, self, change], children = []) {
-    return { name, values: [name, a + b, a, b, self, change], children };
+export function gridNode(name, [a, b, self, change], children = [], place = [null, null, null]) {
+    return { name, values: [name, a + b, a, b, self, change, ...place], children };
 }
 
 let lastId = 0x1_0000_0000;
@@ -98,7 +115,7 @@ class Row {
 class Grid {
     window = { row: 0, count: 1 };
     current = -1;
-    sorting = { column: 4, descending: true };
+    sorting = { column: 1, descending: true };
     selected = new Set();
     hits = null;
 
@@ -220,7 +237,7 @@ class Grid {
     cells(values) {
         const cells = {};
         values.forEach((value, at) => {
-            const isData = at > 0;
+            const isData = at > 0 && at < PLACE_COLUMN;
             cells[`c${at}`] = {
                 value,
                 percentageBaseDefault: isData ? this.total : null,
@@ -261,12 +278,13 @@ class Grid {
     answer(type, expanded) {
         const { window, current } = this;
         const isView = type === 'scroll' || type === 'selection';
-        if (type === 'sort' && current >= 0) window.row = current - Math.floor(window.count / 2);
+        const isPlaced = type === 'sort' || type === 'position';
+        if (isPlaced && current >= 0) window.row = current - Math.floor(window.count / 2);
         const rowCount = this.visible.length;
         window.row = Math.max(0, Math.min(window.row, rowCount - window.count));
         const view = { startRow: window.row, rowCount };
         if (!isView) view.currentRow = current;
-        if (type === 'sort' || type === 'changeStackMode') view.scrollToCurrent = true;
+        if (isPlaced || type === 'changeStackMode') view.scrollToCurrent = true;
         if (expanded) view.expanded = expanded;
         if (!isView) view.forceUpdate = 1;
         if (type === 'sort' || type === 'refresh') view.sorting = this.sorting;
@@ -289,6 +307,21 @@ class Grid {
     footer() {
         const sum = (at) => [...this.selected].reduce((all, row) => all + row.node.values[at], 0);
         return { rowCount: this.selected.size, cells: this.cells([null, ...[1, 2, 3, 4, 5].map(sum)]) };
+    }
+
+    /** Opens what holds the row of those names, and selects it; the first row if there is none. */
+    goTo(names) {
+        let rows = this.top;
+        let found;
+        for (const name of names) {
+            if (found) found.isOpen = true;
+            found = rows.find((row) => row.node.name === name);
+            if (!found) break;
+            rows = found.children;
+        }
+        this.layOut();
+        this.select('setSingle', Math.max(0, this.visible.indexOf(found)));
+        this.current = Math.max(0, this.visible.indexOf(found));
     }
 
     setOpen(row, open) {
@@ -386,6 +419,9 @@ export class FakeGridView {
             case 'collapse':
                 if (row) grid.setOpen(row, false);
                 return grid.answer(operation);
+            case 'position':
+                grid.goTo(request.path);
+                return grid.answer(operation);
             case 'collapseAllRows':
                 for (const each of grid.visible) each.isOpen = false;
                 grid.layOut();
@@ -414,13 +450,11 @@ export class FakeGridView {
             case 'columnState':
                 grid.hits = null;
                 return null;
-            case 'copyRowsToClipboard':
-                return {
-                    copiedRows: grid.visible
-                        .filter((each) => grid.selected.has(each))
-                        .map(lineOf)
-                        .join(''),
-                };
+            case 'copyRowsToClipboard': {
+                // The library stops after some size: here after a few rows.
+                const rows = grid.visible.filter((each) => grid.selected.has(each)).slice(0, MOST_COPIED);
+                return { copiedRows: ['Function\tSelf', ...rows.map(lineOf)].join('\n') };
+            }
             case 'exportToCsv':
                 if (!request.filePath.startsWith('/')) throw new Error('IsNot.Valid.Object');
                 this.exports.push(request.filePath);
@@ -431,4 +465,5 @@ export class FakeGridView {
     }
 }
 
-const lineOf = (row) => `${row.node.name}\t${row.node.values[4]}\n`;
+const MOST_COPIED = 5;
+const lineOf = (row) => `${row.node.name}\t${row.node.values[4]}`;

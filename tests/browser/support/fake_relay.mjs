@@ -1,5 +1,5 @@
 // A relay and a library in one, for tests of the page alone: serves web/dist as the real relay does, and answers
-// `grid:*`, `gridview:*` and `options:*` from plain data that a test may change at any time.
+// `gridview:*`, `options:*`, `profile:*` and `export:*` from plain data that a test may change at any time.
 
 import { readFile } from 'node:fs/promises';
 import { createServer } from 'node:http';
@@ -18,26 +18,18 @@ const POLICY =
     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; base-uri 'none'; form-action 'none'";
 const TOKEN = 'test-token';
 
-export const DEFAULT_OPTIONS = {
-    applicationOutputDestination: 'separateConsole',
-    shouldRemoveRawCollectorData: false,
-    shouldDisplayVerboseCollectionLogMessages: false,
-    adbPath: '',
-    resultNameTemplate: 'r@@@{at}',
-    sourceViewTabSize: 4,
-    cpuAssemblySyntax: 'default',
-    shouldCacheSourceFiles: false,
-};
+export const DEFAULT_OPTIONS = { resultNameTemplate: 'r@@@{at}', sourceViewTabSize: 4 };
 
 const ENTITIES = { '&lt;': '<', '&gt;': '>', '&amp;': '&' };
 const unescape = (text) => text.replace(/&\w+;/g, (found) => ENTITIES[found]);
-const escape = (text) => String(text).replace(/[&<>"]/g, (found) => `&#${found.charCodeAt(0)};`);
 
 export class FakeRelay {
-    /** Rows of the table: [name, total, self]. */
-    rows = [];
     gridview = new FakeGridView();
     options = { ...DEFAULT_OPTIONS };
+    /** What `profile:summary` gives; a library without it does not know that domain. */
+    summary;
+    /** Full paths of files that are there already. */
+    existing = [];
     /** Request type -> failure text, for requests that shall fail. */
     failures = {};
     hasLibrary = true;
@@ -92,6 +84,7 @@ export class FakeRelay {
 
     async #serve(request, response) {
         const path = new URL(request.url, 'http://relay').pathname;
+        if (path.startsWith('/download/')) return this.#serveDownload(path, response);
         try {
             const file = normalize(join(WEB, path === '/' ? 'index.html' : path));
             const body = await readFile(file);
@@ -103,6 +96,11 @@ export class FakeRelay {
         } catch {
             response.writeHead(404).end();
         }
+    }
+
+    #serveDownload(path, response) {
+        response.writeHead(200, { 'Content-Type': 'text/csv', 'Content-Disposition': 'attachment' });
+        response.end(`rows for ${decodeURIComponent(path)}`);
     }
 
     #upgrade(request, socket, head) {
@@ -144,14 +142,20 @@ export class FakeRelay {
 
     #answer(id, type, frame) {
         const json = (content) => jsonFrame(id, content);
-        if (type === 'grid:get')
-            return `<msg><response><requestId>${id}</requestId><type>${type}</type>${this.#grid(frame)}</response></msg>`;
         if (type === 'options:get') return json({ type, '': this.options });
         if (type === 'options:set') {
             this.#setOptions(frame);
             return json({ type, '': null });
         }
-        return json({ type: 'error', '': { text: `Unknown request ${type}` } });
+        const own = (key) => unescape(new RegExp(`<${key}><_>([^<]*)<`).exec(frame)[1]);
+        if (type === 'profile:summary' && this.summary) return json({ type, '': this.summary });
+        if (type === 'export:download')
+            return json({ type, '': { url: `download/x1/${encodeURIComponent(own('fileName'))}` } });
+        if (type === 'export:resolve') {
+            const path = own('filePath').replace(/^~/, '/home/me');
+            return json({ type, '': { path, exists: this.existing.includes(path) } });
+        }
+        return json({ type: 'error', '': { text: `IsNot.Valid.Parameter: ${type}` } });
     }
 
     /** Stores what comes in the kind of the option; drops a template with a separator without a word, as the host does. */
@@ -163,38 +167,8 @@ export class FakeRelay {
             this.options[key] = kind === 'text' ? unescape(text) : JSON.parse(text);
         }
     }
-
-    #grid(frame) {
-        if (this.rows.length === 0) return '<_ type="bag"/>';
-        const limit = Number(/<limit>(\d+)<\/limit>/.exec(frame)[1]);
-        const columns = [
-            column('c0', 'Function', 1),
-            column('c1', 'Time (total)', 36),
-            column('c2', 'Time (self)', 20),
-        ];
-        const rows = this.rows.slice(0, limit).map(row);
-        const full = `<fullContent><_ type="bool">${this.rows.length <= limit}</_></fullContent>`;
-        return `<_>${list('columns', 'column', columns)}${list('rows', 'row', rows)}${full}</_>`;
-    }
 }
 
 function jsonFrame(id, content) {
     return JSON.stringify({ response: { requestId: id, serializeAsJson: null, ...content } });
-}
-
-function column(id, name, flags) {
-    const format =
-        flags === 1 ? '<format>text</format>' : '<format>time</format><timeUnit type="double">1e-06</timeUnit>';
-    const names = `<caption>${name}</caption><flags type="u32_t">${flags}</flags><fullName>${name}</fullName>`;
-    return `<column><id>${id}</id>${names}${format}</column>`;
-}
-
-function row([name, total, self]) {
-    const number = (id, value) => `<${id}><value type="s64_t">${value}</value></${id}>`;
-    const cells = `<c0><value>${escape(name)}</value></c0>${number('c1', total)}${number('c2', self)}`;
-    return `<row><level type="u32_t">0</level><cells>${cells}</cells></row>`;
-}
-
-function list(name, element, elements) {
-    return `<${name}><arrayOf>${element}</arrayOf>${elements.join('')}</${name}>`;
 }

@@ -25,7 +25,7 @@ export const TREE = [
         [250_000, 0, 250_000, 350_000],
         [gridNode('main', [250_000, 0, 250_000, 0])],
     ),
-    gridNode('walk', [0, 62_500, 62_500, 1]),
+    gridNode('walk', [0, 62_500, 62_500, 1], [], ['libwalk.so', '/src/walk.c', 42]),
     gridNode(null, [10, 0, 10, 0]),
 ];
 
@@ -65,12 +65,17 @@ export async function open(trees, tabName = 'Bottom-up') {
     relay.gridview.reset(trees);
     relay.failures = {};
     relay.options = { ...DEFAULT_OPTIONS };
+    relay.summary = undefined;
     browser.faults.length = 0;
-    await page.goto(relay.url);
-    await page.evaluate(() => sessionStorage.removeItem('panedeck.page'));
+    // The page keeps its state when it goes: this comes after that.
+    await page.evaluate(() => location.host && addEventListener('pagehide', () => sessionStorage.clear()));
+    relay.frames = [];
     await page.goto(relay.url);
     await waitForStatus(page, 'Connected');
-    relay.frames = [];
+    if (tabName !== 'Bottom-up') {
+        await until(() => relay.requests('gridview:refresh').length > 0);
+        relay.frames = [];
+    }
     await onPage.choose(tabName);
 }
 
@@ -104,4 +109,9 @@ export const currentRow = () =>
         const id = element.getAttribute('aria-activedescendant');
         return id === null ? -1 : Number(document.getElementById(id).dataset.row);
     });
+/** Chooses an entry of the menu that a tool opens. */
+export async function chooseTool(tool, entry) {
+    await page.getByRole('button', { name: tool, exact: true }).filter({ visible: true }).click();
+    await page.getByRole('menu').getByRole('menuitem', { name: entry }).click();
+}
 export const scrollTo = (top) => grid().evaluate((element, to) => (element.scrollTop = to), top);

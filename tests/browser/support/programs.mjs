@@ -2,7 +2,7 @@
 
 import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
-import { accessSync, constants } from 'node:fs';
+import { accessSync, constants, mkdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { createInterface } from 'node:readline';
 import { fileURLToPath } from 'node:url';
@@ -104,16 +104,20 @@ export class Program {
 export class Session {
     static #TOKEN = 'browser-test-token';
     #userDirectory;
-    #result;
+    #results;
+    #exports;
     #http = '127.0.0.1:0';
     #library = '127.0.0.1:0';
     #relay;
     #host;
     url;
 
-    constructor(result, userDirectory) {
-        this.#result = result;
+    /** @param results one, or two to compare. */
+    constructor(results, userDirectory) {
+        this.#results = results;
         this.#userDirectory = userDirectory;
+        this.#exports = join(userDirectory, 'exports');
+        mkdirSync(this.#exports, { recursive: true, mode: 0o700 });
     }
 
     /** Starts on the ports of the last time, if there was one. */
@@ -127,6 +131,8 @@ export class Session {
             WEB,
             '--token',
             Session.#TOKEN,
+            '--export-dir',
+            this.#exports,
         ];
         this.#relay = new Program('panedeck-guiserver', given, this.#userDirectory);
         [, this.#library] = await this.#relay.waitForLine(/^library (\S+)$/);
@@ -141,7 +147,9 @@ export class Session {
             Session.#TOKEN,
             '--user-dir',
             this.#userDirectory,
-            this.#result,
+            '--export-dir',
+            this.#exports,
+            ...this.#results,
         ];
         this.#host = new Program('panedeck-host', given, this.#userDirectory);
     }

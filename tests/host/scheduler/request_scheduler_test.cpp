@@ -1,6 +1,7 @@
 #include "host/scheduler_fixture.h"
 #include "scheduler/request_scheduler.h"
 
+#include <malloc.h>
 #include <random>
 
 namespace panedeck::host::tests {
@@ -30,14 +31,6 @@ TEST_F(SchedulerTest, EveryOutcomeIsOneAnswer) {
     EXPECT_EQ(client->sent().size(), std::size(cases));
 }
 
-TEST_F(SchedulerTest, RequestWithoutAnIdIsAnsweredOnlyByItsResult) {
-    schedule("", "work:get");
-    EXPECT_EQ(client->waitForAnswer("(none)"), answers_t{"ok"});
-    schedule("", "work:get", {{"outcome", "fail"}});
-    finish();
-    EXPECT_EQ(client->sent().size(), 1u);
-}
-
 TEST_F(SchedulerTest, CancelBeforeTheStart) {
     const auto threads = bk2::task_system_t::service_thread_count();
     for (unsigned i = 0; i < threads; ++i)
@@ -65,16 +58,6 @@ TEST_F(SchedulerTest, CancelDuringTheWorkDropsWhateverComesLater) {
     finish();
     for (const char* outcome : {"", "ignore cancel", "fail", "throw"})
         EXPECT_EQ(client->answers(std::string("1") + outcome), answers_t{"canceled"}) << outcome;
-}
-
-TEST_F(SchedulerTest, CancelAfterTheAnswerOrOfAnUnknownIdDoesNothing) {
-    schedule("1", "work:get");
-    client->waitForAnswer("1");
-    scheduler.cancelRequest("1");
-    scheduler.cancelRequest("never seen");
-    scheduler.cancelRequest("");
-    finish();
-    EXPECT_EQ(client->sent(), answers_t{"1 ok"});
 }
 
 TEST_F(SchedulerTest, OpenIdIsNotServedTwiceButAnAnsweredOneIs) {
@@ -193,6 +176,33 @@ TEST_F(SchedulerTest, ChangingRequestsRunOneAtATimeInTheirOrder) {
     EXPECT_EQ(client->sent(), (answers_t{"4 ok", "1 ok", "2 ok", "3 ok"}));
 }
 
+TEST_F(SchedulerTest, BusyGridLeavesThreadsToTheOthers) {
+    constexpr unsigned requests = 2 * bk2::task_system_t::most_lent_places;
+    for (unsigned i = 0; i < requests; ++i)
+        schedule(std::to_string(i), "gridview:scroll", {{"gridid", "busy"}, {"lend", ""}});
+    schedule("other", "gridview:scroll", {{"gridid", "other"}});
+    EXPECT_EQ(client->waitForAnswer("other"), answers_t{"ok"});
+    checkpoints.waitFor("lent", StartOrder::mostOfOneGrid);
+    EXPECT_EQ(checkpoints.count("lent"), StartOrder::mostOfOneGrid);
+    checkpoints.open("lent");
+    EXPECT_EQ(client->waitForAnswer(std::to_string(requests - 1)), answers_t{"ok"});
+}
+
+TEST_F(SchedulerTest, ManyWaitingRequestsCostLittleAndOneMoreIsRefused) {
+    scheduleHeld("first", "filter:set");
+    const auto before = ::mallinfo2().uordblks;
+    for (std::size_t i = 0; i < RequestScheduler::mostWaiting; ++i)
+        schedule(std::to_string(i), "filter:set");
+    EXPECT_LT(::mallinfo2().uordblks - before, RequestScheduler::mostWaiting * 8'000);
+    EXPECT_EQ(trySchedule("more", "work:get").as_string(),
+              "FailedTo.Process.This.Operation: Too many requests wait: at most 10000 may");
+    scheduler.cancelRequest("17");
+    schedule("as many", "work:get");
+    EXPECT_EQ(client->waitForAnswer("as many"), answers_t{"ok"});
+    checkpoints.open("first");
+    EXPECT_EQ(client->waitForAnswer("9999"), answers_t{"ok"});
+}
+
 TEST_F(SchedulerTest, FilterChangeCancelsWhatDependsOnTheFilter) {
     scheduleHeld("grid", "gridview:scroll", {{"filter", "f"}});
     schedule("waiting", "gridview:refresh", {{"filter", "g"}}); // waits for "grid", which it displaced
@@ -209,15 +219,6 @@ TEST_F(SchedulerTest, FilterChangeCancelsWhatDependsOnTheFilter) {
     finish();
     EXPECT_FALSE(hasBegun("waiting"));
     EXPECT_EQ(client->answers("other"), answers_t{"ok"});
-}
-
-TEST_F(SchedulerTest, KnobChangeCancelsGridsOnly) {
-    schedule("grid", "gridview:scroll", {{"endless", ""}});
-    scheduleHeld("work", "work:get");
-    scheduler.onKnobChanged();
-    EXPECT_EQ(client->answers("grid"), answers_t{"canceled"});
-    checkpoints.open("work");
-    EXPECT_EQ(client->waitForAnswer("work"), answers_t{"ok"});
 }
 
 TEST_F(SchedulerTest, StopAnswersWhatRunsAndWhatWaits) {

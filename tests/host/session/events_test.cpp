@@ -51,8 +51,11 @@ TEST_F(EventsTest, CancelRequestNamesTheRequestAsTextOrNumber) {
 
 TEST_F(EventsTest, LostConnectionGivesUpItsRequests) {
     schedule("1", "work:get", {{"endless", ""}});
-    socketEvents.onConnectionLost();
-    socketEvents.onConnected();
+    socketEvents.stopPausing();
+    for (int refusal = 0; refusal < 10; ++refusal) { // minutes, if one pause were made
+        socketEvents.onConnected();
+        socketEvents.onConnectionLost();
+    }
     finish();
     EXPECT_TRUE(client->sent().empty());
 }

@@ -9,34 +9,6 @@ using panedeck::tests::LogCapture;
 
 namespace {
 
-TEST(error_code, has_three_outcomes) {
-    EXPECT_EQ(error_code_t::success().value(), 0);
-    EXPECT_EQ(error_code_t::nothing_done().value(), 1);
-    EXPECT_EQ(error_code_t::failure("why").value(), -1);
-    EXPECT_TRUE(error_code_t::nothing_done().succeeded());
-    EXPECT_TRUE(error_code_t::nothing_done().is_nothing_done());
-    EXPECT_FALSE(error_code_t::success().is_nothing_done());
-    EXPECT_TRUE(error_code_t::failure("why").failed());
-}
-
-TEST(error_code, cancelled_and_empty_are_told_by_identity) {
-    EXPECT_TRUE(error_code_t::canceled().is_canceled());
-    EXPECT_TRUE(error_code_t::canceled().failed());
-    EXPECT_TRUE(error_code_t::empty_result().is_empty_result());
-    EXPECT_FALSE(error_code_t::empty_result().is_canceled());
-    const error_code_t alike = error_code_t::raise(error_code_t::canceled().kind(), "");
-    EXPECT_FALSE(alike.is_canceled());
-}
-
-TEST(error_code, the_front_end_sees_kind_and_message_only) {
-    const error_code_t error = error_code_t::raise(kinds::is_not_valid_data, "why", "function", 7);
-    EXPECT_EQ(error.as_string(1), "IsNot.Valid.Data: why");
-    EXPECT_EQ(error.as_string(2), "IsNot.Valid.Data: why, at function:7");
-    EXPECT_EQ(error_code_t::raise(kinds::is_not_valid_data, "").as_string(), "IsNot.Valid.Data");
-    EXPECT_EQ(error_code_t::failure("why").as_string(), "FailedTo: why");
-    EXPECT_EQ(error_code_t::success().as_string(), "");
-}
-
 error_code_t require(bool holds) {
     PANEDECK_REQUIRE(holds, "holds", kinds::is_not_valid_state, "It must hold");
     return error_code_t::success();

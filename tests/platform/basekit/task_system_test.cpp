@@ -1,4 +1,5 @@
 #include "basekit/task_system.h"
+#include "basekit/task_waiting_scope.h"
 #include "support/checkpoints.h"
 
 #include <gtest/gtest.h>
@@ -63,11 +64,24 @@ TEST(TaskSystem, EveryNamedQueueRunsItsStageOnAThreadOfItsOwn) {
     }
 }
 
-TEST(TaskSystem, ServiceRunsAsManyTasksAtOnceAsItHasThreads) {
-    ASSERT_GE(task_system_t::service_thread_count(), 2u);
+TEST(TaskSystem, TaskThatWaitsLendsItsPlaceUpToABound) {
+    constexpr unsigned lent = task_system_t::most_lent_places;
+    const unsigned threads = task_system_t::service_thread_count();
+    Checkpoints checkpoints;
     task_system_t tasks;
-    BusyService busy(tasks); // would never come back if one of them waited for another
-    busy.letGo();
+    for (unsigned i = 0; i < threads + lent; ++i)
+        tasks.start(makeTask(bk2::queue_names::service, [&] {
+            const bk2::task_waiting_scope_t waiting, nested;
+            checkpoints.pass("waiting");
+        }));
+    checkpoints.waitFor("waiting", threads + lent);
+    tasks.start(makeTask(bk2::queue_names::service, [&] { checkpoints.reach("one more"); }));
+    EXPECT_EQ(tasks.count_service_threads(), threads + lent);
+    EXPECT_EQ(checkpoints.count("one more"), 0u);
+    checkpoints.open("waiting");
+    checkpoints.waitFor("one more");
+    while (tasks.count_service_threads() > threads)
+        std::this_thread::yield();
 }
 
 TEST(TaskSystem, TaskCanceledInTheQueueEndsAtOnceAndNeverRuns) {
@@ -139,18 +153,6 @@ TEST(TaskSystem, RefusesWhatCannotRun) {
     EXPECT_FALSE(tasks.start(late)) << "stopped";
     EXPECT_EQ(counter.checkpoints.count("finished"), 1u);
     EXPECT_EQ(runs, before);
-}
-
-TEST(TaskSystem, TaskWithoutTheFlagRunsAgain) {
-    task_system_t tasks;
-    FinishCounter counter;
-    auto task = makeTask(bk2::queue_names::main, [] {});
-    task->set_flags(0);
-    counter.watch(*task);
-    for (unsigned run = 1; run <= 3; ++run) {
-        ASSERT_TRUE(tasks.start(task));
-        counter.checkpoints.waitFor("finished", run);
-    }
 }
 
 TEST(TaskSystem, StopCancelsWhatRunsAndWhatWaits) {

@@ -58,8 +58,4 @@ TEST(ustring8, what_is_no_character_becomes_a_replacement) {
     EXPECT_EQ(to_wide("a\xFFz"), L"a\uFFFDz");
 }
 
-TEST(ustring8, lower_case_leaves_all_but_ascii_letters_alone) {
-    EXPECT_EQ(lower_case("AZaz09_\xC3\x89"), "azaz09_\xC3\x89");
-}
-
 } // namespace

@@ -19,7 +19,10 @@ constexpr std::uint32_t data = dataface1::column_data;
 constexpr std::uint32_t self = data | dataface1::column_self;
 constexpr std::uint32_t total = data | dataface1::column_total;
 
-const portkit2::catalog_t catalog({{"%count", "Count"}, {"%percent_by", "Percent of %1"}});
+const portkit2::catalog_t catalog({[](const std::string& id) -> std::optional<ustring8> {
+    if (id == "%count") return "Count";
+    return id == "%percent_by" ? std::optional<ustring8>("Percent of %1") : std::nullopt;
+}});
 
 GridColumn makeColumn(const bk2::sptr_t<FakeTableTree>& tree, std::size_t index) {
     return GridColumn(static_cast<int>(index), &tree->column(index), dataface1::createTableTreeHelper(tree),

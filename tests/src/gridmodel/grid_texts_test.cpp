@@ -1,5 +1,6 @@
 // The texts that leave a grid, byte by byte, and the search in what it shows.
 
+#include "base_gridview_request_handler.h"
 #include "dataface/formatter.h"
 #include "gridmodel/grid_search_helper.h"
 #include "gridmodel/gridmodel.h"
@@ -54,6 +55,17 @@ TEST(GridTexts, Csv) {
                              "\" a \"\"b\"\"    , Ü;\",\"0.1\"\n"
                              "\"  deep\",\"<text>\"\n");
     EXPECT_EQ(csvOf(*makeGrid(makeTree({}, ""))), "\"Name\"\n");
+}
+
+TEST(GridTexts, AnExportThatMustBeWholeTellsOfAFullDisk) {
+    LogCapture log;
+    BaseGridViewRequestHandler handler(nullptr, nullptr, nullptr);
+    const auto model = makeGrid(makeTree({}, "top"));
+    bk2::variant_bag_t request, answer;
+    request.put_own_value("filePath", bk2::variant_t("/dev/full"));
+    EXPECT_TRUE(handler.handleRequest("exportToCsv", request, answer, model, nullptr).succeeded());
+    EXPECT_EQ(handler.exportToFile("/dev/full", model, nullptr).message(),
+              "The file could not be written to its end: /dev/full");
 }
 
 TEST(GridTexts, CsvPlacesThatCannotBeWritten) {

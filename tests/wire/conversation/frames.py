@@ -35,6 +35,11 @@ class Frame:
     shown: str  # the whole frame, laid out for people
     content: object  # Members or an Element
 
+    @property
+    def name(self) -> str | None:
+        """An event's name; the library sends events as XML."""
+        return self.content[0].findtext("name") if self.form == "xml" else None
+
 
 def request_frame(request_id: str, request_type: str, parameters: bytes) -> bytes:
     """The frame of a request; `parameters` is XML that stands beside id and type."""

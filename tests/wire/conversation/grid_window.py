@@ -7,10 +7,11 @@ from .frames import Frame, FrameError, Members
 
 class RowIds:
     """Row ids are numbers that mean nothing outside one run: scripts call them #1, #2, … in order of appearance.
-    Names of temporary filters are as random; scripts show them all as tempFilter#."""
+    Names of temporary filters and of exports are as random; scripts show them all as tempFilter# and RANDOM."""
 
     SHOWN = re.compile(r'("id": )"(\d{4,})"')
     FILTER = re.compile(r"tempFilter[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}")
+    EXPORT = re.compile(r"\b[0-9a-f]{48}\b")
     ASKED = re.compile(rb"(<rowId><_[^>]*>)#(\d+)")
 
     def __init__(self):
@@ -19,7 +20,7 @@ class RowIds:
     def hide(self, shown: str) -> str:
         """An answer as it stands in a script."""
         shown = self.SHOWN.sub(lambda match: f'{match[1]}"#{self._number(match[2])}"', shown)
-        return self.FILTER.sub("tempFilter#", shown)
+        return self.EXPORT.sub("RANDOM", self.FILTER.sub("tempFilter#", shown))
 
     def reveal(self, parameters: bytes) -> bytes:
         """A request's parameters as they go to the host."""

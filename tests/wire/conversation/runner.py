@@ -1,5 +1,6 @@
 """Speaks one script to the real host."""
 
+import os
 import tempfile
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -57,6 +58,8 @@ class _Run:
         self._programs = programs
         self._config = config
         self._folder = folder
+        self._exports = folder / "exports"
+        self._exports.mkdir(mode=0o700)
         self._peer = Peer(setting.single_bytes)
         self._host: Host | None = None
         self._outcome = Outcome()
@@ -68,6 +71,7 @@ class _Run:
         self._asked: list[str] = []  # ids without an answer yet, on this connection
         self._forgotten: set[str] = set()  # ids that were asked on a connection that is gone
         self._arrived: list[Frame] = []  # frames that nothing has expected yet
+        self._events: list[Frame] = []  # events that nothing has expected yet
 
     def run(self) -> Outcome:
         try:
@@ -103,7 +107,7 @@ class _Run:
 
     def _start_host(self) -> None:
         arguments = ["--server", self._peer.address, "--token", TOKEN, "--role", "wire tests"]
-        arguments += ["--user-dir", str(self._folder / "user")]
+        arguments += ["--user-dir", str(self._folder / "user"), "--export-dir", str(self._exports)]
         if self._config:
             arguments += ["--config-dir", str(self._config)]
         arguments += [str(path) for path in self._results]
@@ -153,6 +157,14 @@ class _Run:
         """answer [to ID|to nobody]: the whole answer."""
         self._check(step, self._response(step).shown)
 
+    def _do_event(self, step: Step) -> None:
+        """event NAME: the next event of that name, which may have come already."""
+        self._flush()
+        while not (named := [frame for frame in self._events if frame.name == step.words[0]]):
+            self._keep(self._peer.receive())
+        self._events.remove(named[0])
+        self._check(step, named[0].shown)
+
     def _do_table(self, step: Step) -> None:
         """table [to ID]: a grid answer's rows."""
         self._check(step, table_of(self._response(step)))
@@ -168,9 +180,18 @@ class _Run:
         self._check(step, text if text is not None else "no failure but:\n" + frame.shown)
 
     def _do_file(self, step: Step) -> None:
-        """file NAME: what a request has written to %folder%/NAME."""
-        text = (self._folder / step.words[0]).read_text(encoding="utf-8")
-        self._check(step, text.removesuffix("\n"))
+        """file NAME: what a request has written to %folder%/NAME; NAME may be a pattern, for several files."""
+        texts = [path.read_text(encoding="utf-8") for path in sorted(self._folder.glob(step.words[0]))]
+        self._check(step, "".join(texts).removesuffix("\n"))
+
+    def _do_pipe(self, step: Step) -> None:
+        """pipe NAME: makes %folder%/NAME, a pipe that nobody reads yet."""
+        os.mkfifo(self._folder / step.words[0])
+
+    def _do_read(self, step: Step) -> None:
+        """read NAME [BYTES]: reads that much of a pipe, or all, and leaves it."""
+        with open(self._folder / step.words[0], "rb", buffering=0) as pipe:
+            pipe.read(int(step.words[1])) if len(step.words) > 1 else pipe.readall()
 
     def _do_settle(self, step: Step) -> None:
         """settle: every request that was asked gets its one answer, whatever it is."""
@@ -227,7 +248,7 @@ class _Run:
             self._keep(frame)
 
     def _taken(self, frame: Frame) -> Frame:
-        frame.shown = self._row_ids.hide(frame.shown)
+        frame.shown = self._row_ids.hide(frame.shown).replace(str(self._folder), "%folder%")
         if frame.request_id is not None:
             self._asked.remove(frame.request_id)
         # While others are under way the grid need not be as it was.
@@ -255,6 +276,8 @@ class _Run:
             if frame.request_id is not None and frame.request_id not in self._asked:
                 raise PeerError("a second answer, or one to nothing that was asked:\n" + frame.shown)
             self._arrived.append(frame)
+        if frame.kind == "event":
+            self._events.append(frame)
 
     def _expect_silence(self) -> None:
         """Asks something last: whatever else was sent by then has come ahead of this answer."""

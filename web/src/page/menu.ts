@@ -8,6 +8,8 @@ export interface MenuEntry {
     readonly isChecked?: boolean;
     /** One of several choices that exclude each other, or one that stands for itself. */
     readonly kind?: 'radio' | 'check';
+    /** The keys that do the same. */
+    readonly keys?: string;
     /** How deep it stands below the entries before it. */
     readonly depth?: number;
 }
@@ -73,6 +75,7 @@ class Menu {
             },
             entry.label,
         );
+        if (entry.keys) item.append(make('span', { class: 'menu-keys', 'aria-hidden': 'true' }, entry.keys));
         item.style.setProperty('--depth', String(entry.depth ?? 0));
         item.addEventListener('click', () => {
             this.close();

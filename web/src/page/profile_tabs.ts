@@ -1,13 +1,14 @@
-import { TablePane } from '../panes/table/table_pane.js';
 import { type FocusObject } from '../panes/treegrid/grid_requests.js';
 import { TreeGridPane, type TreeGridSettings } from '../panes/treegrid/tree_grid_pane.js';
-import { type RequestClient } from '../wire/index.js';
+import { type Plain, type RequestClient } from '../wire/index.js';
+import { type Kept, objectIn, type PageMemory } from './page_memory.js';
+import { type Profile } from './profile.js';
 import { type Tabs } from './tabs.js';
 
 /** What tells one tree grid of the page from another. */
 interface GridTab extends Omit<
     TreeGridSettings,
-    'query' | 'gridId' | 'onFocus' | 'onRestored' | 'title' | 'store'
+    'query' | 'gridId' | 'onFocus' | 'onRestored' | 'title' | 'memory' | 'profileName' | 'onComparison'
 > {
     readonly label: string;
     readonly queryType: string;
@@ -61,41 +62,65 @@ const GRID_TABS: readonly GridTab[] = [
     },
 ];
 
-/** The name of this page among all that the host serves, and what its grids keep over a reload. */
-export interface PageMemory {
+/** What the panes of a page share. */
+export interface PageParts {
+    readonly client: RequestClient;
+    /** The name of this page among all that the host serves. */
     readonly id: string;
-    readonly store: Pick<Storage, 'getItem' | 'setItem'>;
+    readonly memory: PageMemory;
+    readonly profile: Profile;
 }
 
-/** Puts the panes of a profile into tabs. */
-export function addProfileTabs(tabs: Tabs, client: RequestClient, page: PageMemory): void {
-    const focused = new FocusedObject();
-    tabs.add('Table', () => new TablePane(client, { title: 'Functions', rowName: ['function', 'functions'] }));
-    for (const tab of GRID_TABS) tabs.add(tab.label, () => openGrid(client, page, tab, focused));
+/** Puts the panes of a profile into tabs, and chooses the one that a person saw last. */
+export function addProfileTabs(tabs: Tabs, page: PageParts): void {
+    const { memory, profile } = page;
+    const focused = new FocusedObject(memory);
+    // The number of an object means something in its own profile only.
+    profile.onRead((isSame) => isSame && focused.restore());
+    for (const tab of GRID_TABS) tabs.add(tab.label, () => openGrid(page, tab, focused));
+    tabs.choose(String(memory.load(CHOSEN_TAB)));
 }
 
-function openGrid(client: RequestClient, page: PageMemory, tab: GridTab, focused: FocusedObject): TreeGridPane {
+/** What the memory of the page calls the label of the tab, and the focused object. */
+export const CHOSEN_TAB = 'tab';
+const FOCUS = 'focus';
+
+function openGrid(
+    { client, id, memory, profile }: PageParts,
+    tab: GridTab,
+    focused: FocusedObject,
+): TreeGridPane {
     const { label, queryType, grouping } = tab;
     const pane = new TreeGridPane(client, {
         ...tab,
         title: label,
-        gridId: `${page.id}-${queryType}`,
-        store: page.store,
+        gridId: `${id}-${queryType}`,
+        memory,
+        profileName: () => profile.name,
         query: { queryType, grouping, expandLevels: 0 },
+        onComparison: () => profile.setComparison(),
         onFocus: (focus) => focused.set(focus),
         onRestored: (focus) => focused.offer(focus),
     });
     if (tab.needsFocus) focused.follow((focus) => pane.setFocus(focus));
+    profile.follow((isSwapped) => pane.setSwapped(isSwapped));
     return pane;
 }
 
 /** The object that a person last went to in any grid; grids about it follow. */
 class FocusedObject {
-    #current: FocusObject | undefined;
+    readonly #memory: PageMemory;
     readonly #followers: ((focus: FocusObject) => void)[] = [];
+    #current: FocusObject | undefined;
+
+    constructor(memory: PageMemory) {
+        this.#memory = memory;
+    }
 
     set(focus: FocusObject): void {
         this.#current = focus;
+        const { objectId } = focus;
+        if (isSmall(objectId)) this.#memory.keep(FOCUS, { ...focus, objectId });
         for (const follow of this.#followers) follow(focus);
     }
 
@@ -104,8 +129,19 @@ class FocusedObject {
         if (!this.#current) this.set(focus);
     }
 
+    /** Takes the object that a person went to before the page was loaded. */
+    restore(): void {
+        const { objectId, grouping, name } = objectIn(this.#memory.load(FOCUS));
+        if (objectId !== undefined && isSmall(objectId) && typeof grouping === 'string')
+            this.offer({ objectId, grouping, name: String(name) });
+    }
+
     follow(follower: (focus: FocusObject) => void): void {
         this.#followers.push(follower);
         if (this.#current) follower(this.#current);
     }
+}
+
+function isSmall(plain: Plain | Kept): plain is string | number {
+    return typeof plain === 'string' || typeof plain === 'number';
 }

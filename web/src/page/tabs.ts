@@ -21,15 +21,19 @@ export class Tabs {
     readonly #list: HTMLElement;
     readonly #content: HTMLElement;
     readonly #tabs: Tab[] = [];
+    readonly #chosenOne: (label: string) => void;
     #chosen: Tab | null = null;
 
-    constructor(list: HTMLElement, content: HTMLElement) {
+    /** @param chosen is told the label of the tab whenever another one is chosen. */
+    constructor(list: HTMLElement, content: HTMLElement, chosen: (label: string) => void) {
         this.#list = list;
         this.#content = content;
+        this.#chosenOne = chosen;
         list.setAttribute('role', 'tablist');
         list.addEventListener('keydown', (event) => this.#takeKey(event));
     }
 
+    /** Adds a tab; none is chosen by that. */
     add(label: string, open: () => TabPane): void {
         const button = make('button', { type: 'button', class: 'tab', role: 'tab', tabindex: -1 }, label);
         button.setAttribute('aria-selected', 'false');
@@ -37,7 +41,12 @@ export class Tabs {
         button.addEventListener('click', () => this.#choose(tab));
         this.#tabs.push(tab);
         this.#list.append(button);
-        if (!this.#chosen) this.#choose(tab);
+    }
+
+    /** Chooses the tab of that label, or the first one if there is none. */
+    choose(label: string): void {
+        const tab = this.#tabs.find(({ button }) => button.textContent === label) ?? this.#tabs[0];
+        if (tab) this.#choose(tab);
     }
 
     #choose(tab: Tab): void {
@@ -50,6 +59,7 @@ export class Tabs {
             this.#content.append(tab.pane.element);
         }
         this.#show(tab, true);
+        this.#chosenOne(tab.button.textContent);
     }
 
     #show({ button, pane }: Tab, chosen: boolean): void {

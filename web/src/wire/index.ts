@@ -5,4 +5,3 @@ export { type Plain, toPlain } from './plain.js';
 export { ReconnectingSocket } from './reconnecting_socket.js';
 export { type ConnectionState, RequestClient, type RequestOptions } from './request_client.js';
 export * from './value.js';
-export { requestWhenReady } from './wait_time.js';

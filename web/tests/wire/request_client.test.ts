@@ -1,6 +1,6 @@
 import { afterEach, beforeEach, describe, expect, it, vi } from 'vitest';
 import { RECONNECT_PACE } from '../../src/wire/reconnecting_socket.js';
-import { Bag, ReconnectingSocket, RequestClient, requestWhenReady, s32, text } from '../../src/wire/index.js';
+import { Bag, ReconnectingSocket, RequestClient, s32, text } from '../../src/wire/index.js';
 import { FakeRelay } from './fake_relay.js';
 
 let relay: FakeRelay;
@@ -112,32 +112,6 @@ describe('cancelling', () => {
         relay.frame('<msg><response><requestId>1</requestId><type>b:x</type></response></msg>');
         await answered;
         controller.abort();
-        expect(relay.sent).toHaveLength(1);
-    });
-});
-
-describe('waitTime', () => {
-    it('is waited out, and the request sent again', async () => {
-        connect();
-        const answer = requestWhenReady(client, 'a:x', new Bag());
-        relay.frame('{"response":{"requestId":"1","type":"a:x","":{"waitTime":1000}}}');
-        await vi.advanceTimersByTimeAsync(999);
-        expect(relay.sent).toHaveLength(1);
-        await vi.advanceTimersByTimeAsync(1);
-        expect(relay.sent).toHaveLength(2);
-        relay.frame('{"response":{"requestId":"2","type":"a:x","":{"rows":1}}}');
-        expect((await answer).number('rows')).toBe(1);
-    });
-
-    it('ends when the request is cancelled', async () => {
-        connect();
-        const controller = new AbortController();
-        const answer = requestWhenReady(client, 'a:x', new Bag(), controller);
-        relay.frame('{"response":{"requestId":"1","type":"a:x","":{"waitTime":1000}}}');
-        await vi.advanceTimersByTimeAsync(10);
-        controller.abort();
-        await expect(answer).rejects.toMatchObject({ name: 'RequestCanceled' });
-        await vi.advanceTimersByTimeAsync(5000);
         expect(relay.sent).toHaveLength(1);
     });
 });

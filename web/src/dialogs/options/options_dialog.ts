@@ -1,106 +1,104 @@
-import './options.css';
+import { openDialog } from '../../page/dialog.js';
 import { make, makeButton } from '../../page/dom.js';
-import { Bag, RequestCanceled, type RequestClient } from '../../wire/index.js';
-import { differing, OPTION_FIELDS, type OptionValues, readOptions, writeChanges } from './options_fields.js';
-import { OptionsForm } from './options_form.js';
+import { failureSentence } from '../../page/failure_text.js';
+import { Bag, RequestCanceled, type RequestClient, text } from '../../wire/index.js';
+
+/** The one option that something here goes by: the host keeps more of them, for other products. */
+const KEY = 'resultNameTemplate';
 
 /**
- * Opens the options dialog: reads the options, lets the person change them, stores what was changed. It closes on
- * Esc, and the focus then returns to where it was. A failure is told in the dialog, which stays open.
+ * Opens the options: reads them, lets the person change them, stores what was changed. A failure is told in the
+ * dialog, which stays open.
  */
 export function openOptionsDialog(client: RequestClient): void {
-    const dialog = new OptionsDialog(client);
-    void dialog.open();
+    void new OptionsDialog(client).load();
 }
 
 class OptionsDialog {
     readonly #client: RequestClient;
-    readonly #closed = new AbortController();
-    readonly #form = new OptionsForm();
+    readonly #input = make('input', {
+        id: `option-${KEY}`,
+        type: 'text',
+        autocomplete: 'off',
+        spellcheck: 'false',
+        'aria-describedby': 'option-hint',
+    });
+    readonly #fields = make('fieldset', { class: 'fields', disabled: true }, this.#makeField());
     readonly #failure = make('p', { class: 'failure', role: 'alert' });
-    readonly #save = make('button', { type: 'submit', class: 'button main', disabled: true }, 'Save');
-    readonly #dialog = this.#makeDialog();
-    #stored: OptionValues = new Map();
+    readonly #dialog = openDialog('Options', this.#makeForm());
+    #stored: string | undefined;
 
     constructor(client: RequestClient) {
         this.#client = client;
     }
 
-    async open(): Promise<void> {
-        document.body.append(this.#dialog);
-        this.#dialog.showModal();
+    async load(): Promise<void> {
         await this.#run('The options could not be read', async () => {
-            this.#stored = await this.#load();
-            this.#form.show(this.#stored);
+            this.#stored = await this.#read();
+            this.#input.value = this.#stored;
         });
-        this.#form.focus();
+        this.#input.focus();
     }
 
-    #makeDialog(): HTMLDialogElement {
-        const cancel = makeButton('Cancel', () => this.#dialog.close());
-        const buttons = make('div', { class: 'buttons' }, cancel, this.#save);
-        const form = make(
-            'form',
-            {},
-            make('h2', { id: 'options-title' }, 'Options'),
-            this.#form.element,
-            this.#failure,
-            buttons,
+    #makeField(): HTMLElement {
+        return make(
+            'div',
+            { class: 'field' },
+            make('label', { for: `option-${KEY}` }, 'Name of new results'),
+            this.#input,
+            make(
+                'p',
+                { id: 'option-hint', class: 'hint' },
+                'What panedeck import calls the result that it makes. Each @ is a digit of its number, {at} the kind of analysis.',
+            ),
         );
+    }
+
+    #makeForm(): HTMLElement {
+        const save = make('button', { type: 'submit', class: 'button main' }, 'Save');
+        const cancel = makeButton('Cancel', () => this.#dialog.close());
+        const buttons = make('div', { class: 'buttons' }, cancel, save);
+        const form = make('form', {}, this.#fields, this.#failure, buttons);
         form.addEventListener('submit', (event) => {
             event.preventDefault();
-            void this.#store();
+            void this.#save();
         });
-        const dialog = make('dialog', { class: 'dialog', 'aria-labelledby': 'options-title' }, form);
-        dialog.addEventListener('close', () => {
-            this.#closed.abort();
-            dialog.remove();
-        });
-        return dialog;
+        return form;
     }
 
-    async #load(): Promise<OptionValues> {
-        return readOptions(await this.#client.request('options:get', new Bag(), this.#closed));
+    async #read(): Promise<string> {
+        const answer = await this.#client.request('options:get', new Bag(), { signal: this.#dialog.closed });
+        const value = answer.text(KEY);
+        if (value === undefined) throw new Error(`The answer does not say "${KEY}".`);
+        return value;
     }
 
-    async #store(): Promise<void> {
-        const wanted = this.#form.read();
-        const changes = new Bag();
-        const changed = writeChanges(this.#stored, wanted, changes);
-        if (changed.length === 0) return this.#dialog.close();
+    async #save(): Promise<void> {
+        const wanted = this.#input.value;
+        if (this.#stored === undefined || wanted === this.#stored) return this.#dialog.close();
         await this.#run('The options could not be stored', async () => {
-            await this.#client.request('options:set', changes, this.#closed);
+            const change = new Bag().putOwn(KEY, text(wanted));
+            await this.#client.request('options:set', change, { signal: this.#dialog.closed });
             // The host drops what it does not accept without a word, so look at what came of it.
-            this.#stored = await this.#load();
-            const refused = differing(this.#stored, wanted).filter((key) => changed.includes(key));
-            if (refused.length > 0) throw new Error(`not accepted: ${refused.map(labelOf).join(', ')}`);
+            this.#stored = await this.#read();
+            if (this.#stored !== wanted) throw new Error('This is no name for a folder.');
             this.#dialog.close();
         });
     }
 
-    /** Runs one step with the form locked and shows its failure; the form is usable again if it holds options. */
+    /** Runs one step with the field locked and shows its failure. */
     async #run(whatFailed: string, step: () => Promise<void>): Promise<void> {
         const focused = document.activeElement;
-        this.#setUsable(false);
+        this.#fields.disabled = true;
         this.#failure.textContent = '';
         try {
             await step();
         } catch (failure) {
             if (failure instanceof RequestCanceled && failure.by === 'page') return;
-            const reason = failure instanceof Error ? failure.message : String(failure);
-            this.#failure.textContent = `${whatFailed}: ${reason}`;
+            this.#failure.textContent = `${whatFailed}. ${failureSentence(failure)}`;
         }
-        this.#setUsable(this.#stored.size > 0);
+        this.#fields.disabled = this.#stored === undefined;
         // A control that is locked loses the focus.
         if (focused instanceof HTMLElement) focused.focus();
     }
-
-    #setUsable(usable: boolean): void {
-        this.#form.enabled = usable;
-        this.#save.disabled = !usable;
-    }
-}
-
-function labelOf(key: string): string {
-    return OPTION_FIELDS.find((field) => field.key === key)?.label ?? key;
 }

@@ -9,7 +9,7 @@ import {
 } from '../../format/number_format.js';
 import { type Plain } from '../../wire/index.js';
 import { type GridCell } from './grid_answer.js';
-import { type ColumnFormat, formatLabel, type GridColumn } from './grid_columns.js';
+import { type ColumnFormat, formatLabel, type GridColumn, PERCENT_FORMATS } from './grid_columns.js';
 
 /**
  * The text of a cell, character by character as the library itself writes it for its search and its exports: hits
@@ -44,6 +44,37 @@ function numberCellText(column: GridColumn, format: string, number: number | big
         default:
             return String(number);
     }
+}
+
+/** A number as it is drawn: its sign and its share stand beside the text. */
+export interface ShownNumber {
+    readonly sign: '' | '+' | '−';
+    readonly text: string;
+    /** How much of the whole it is, empty where the number itself says that or nothing is known. */
+    readonly percent: string;
+    /** Characters of the library's text in front of `text`. */
+    readonly hidden: number;
+}
+
+/** @param isDifference more than nothing has a sign, too. */
+export function shownNumber(column: GridColumn, cell: GridCell, isDifference: boolean): ShownNumber {
+    const whole = cellText(column, cell, 0);
+    const hidden = whole.startsWith('-') ? 1 : 0;
+    const text = whole.slice(hidden);
+    const amount = Number(numeric(cell.value) ?? 0);
+    const sign = amount === 0 || isNoPercent(text) ? '' : hidden ? '−' : isDifference ? '+' : '';
+    return { sign, text, percent: shareText(column, cell, amount, sign), hidden };
+}
+
+function shareText(column: GridColumn, cell: GridCell, amount: number, sign: string): string {
+    const base = numeric(cell.percentBase);
+    if (!column.isData || PERCENT_FORMATS.includes(column.format) || amount === 0 || !base) return '';
+    const text = percentText(Math.abs(amount), base);
+    return isNoPercent(text) ? text : sign + text;
+}
+
+function isNoPercent(text: string): boolean {
+    return /^0(\.0*)?%$/.test(text);
 }
 
 /** Without a base there is nothing to say; of nothing everything is 0%. */
@@ -108,22 +139,26 @@ export interface TextPiece {
     readonly hit: number;
 }
 
-/** Cuts a text at its hits, which are in order and count code points. */
+/** Cuts what lies between two places of a text at its hits, which are in order; all count code points. */
 export function cutAtHits(
     text: string,
     hits: readonly { readonly start: number; readonly end: number; readonly number: number }[],
+    from = 0,
+    to = Infinity,
 ): TextPiece[] {
     const characters = [...text];
+    const last = Math.min(to, characters.length);
     const pieces: TextPiece[] = [];
-    let done = 0;
+    let done = from;
     const push = (end: number, hit: number) => {
-        if (end > done) pieces.push({ text: characters.slice(done, end).join(''), hit });
-        done = Math.max(done, Math.min(end, characters.length));
+        const upTo = Math.min(end, last);
+        if (upTo > done) pieces.push({ text: characters.slice(done, upTo).join(''), hit });
+        done = Math.max(done, upTo);
     };
     for (const hit of hits) {
-        push(Math.min(hit.start, characters.length), 0);
-        push(Math.min(hit.end, characters.length), hit.number);
+        push(hit.start, 0);
+        push(hit.end, hit.number);
     }
-    push(characters.length, 0);
+    push(last, 0);
     return pieces;
 }

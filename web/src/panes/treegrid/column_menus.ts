@@ -1,5 +1,6 @@
 import { type MenuEntry, SEPARATOR } from '../../page/menu.js';
 import { formatChoices } from './cell_text.js';
+import { fullName } from './column_names.js';
 import { type ColumnTree } from './column_tree.js';
 import { type GridCell, type GridSorting } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
@@ -10,6 +11,7 @@ export interface ColumnMenuActions {
     sort(column: GridColumn, isDescending: boolean): void;
     changeTree(tree: ColumnTree): void;
     resize(column: GridColumn, by: number): void;
+    fit(column: GridColumn): void;
 }
 
 const WIDTH_STEP = 40;
@@ -43,6 +45,7 @@ export function columnMenu(
             });
     entries.push(SEPARATOR, ...structureEntries(tree, column, actions));
     entries.push(
+        { label: 'Fit to content', action: () => actions.fit(column) },
         { label: 'Wider', action: () => actions.resize(column, WIDTH_STEP) },
         { label: 'Narrower', action: () => actions.resize(column, -WIDTH_STEP) },
     );
@@ -56,13 +59,13 @@ function structureEntries(tree: ColumnTree, column: GridColumn, actions: ColumnM
     const entries: MenuEntry[] = [];
     if (tree.find(column.index)?.children.length)
         entries.push({
-            label: `Expand ${column.caption}`,
+            label: `Expand ${fullName(tree, column)}`,
             action: () => actions.changeTree(tree.withCollapsed(column.index, false)),
         });
     const parent = tree.all.find(({ node }) => node.children.some((child) => child.column === column.index));
     if (parent)
         entries.push({
-            label: `Collapse ${tree.columns[parent.node.column]!.caption}`,
+            label: `Collapse ${fullName(tree, tree.columns[parent.node.column]!)}`,
             action: () => actions.changeTree(tree.withCollapsed(parent.node.column, true)),
         });
     return entries;
@@ -73,7 +76,7 @@ export function columnsMenu(tree: ColumnTree, actions: ColumnMenuActions): MenuE
     return tree.all
         .filter(({ node }) => !tree.columns[node.column]!.isGrouping)
         .map(({ node, depth }) => ({
-            label: tree.columns[node.column]!.caption,
+            label: fullName(tree, tree.columns[node.column]!),
             kind: 'check',
             depth,
             isChecked: !node.isHidden,

@@ -1,5 +1,15 @@
 import { Bag, bool, s32, text } from '../../wire/index.js';
-import { canHaveFormat, type ColumnNode, type GridColumn } from './grid_columns.js';
+import { canHaveFormat, type ColumnNode, type GridColumn, type ValueKind } from './grid_columns.js';
+
+/** What a person made of a column. */
+export interface ColumnWish {
+    readonly isHidden: boolean;
+    readonly isCollapsed: boolean;
+    readonly format: string;
+}
+
+/** By what lasts of a column, see `keyOf`. */
+export type ColumnWishes = ReadonlyMap<string, ColumnWish>;
 
 /** A column that is open: it heads the columns below it instead of showing itself. */
 export interface HeadGroup {
@@ -19,13 +29,15 @@ export class ColumnTree {
     /** The rows of group heads above them, the outermost first. */
     readonly groups: readonly (readonly HeadGroup[])[];
 
+    /** @param isSwapped the second result stands first, and differences say how much more it has than the other. */
     constructor(
         readonly columns: readonly GridColumn[],
         readonly roots: readonly ColumnNode[],
+        readonly isSwapped = false,
     ) {
         const shown: GridColumn[] = [];
         const groups: HeadGroup[][] = [];
-        layOut(roots, columns, shown, groups, 0);
+        layOut(isSwapped ? swapResults(roots, columns) : roots, columns, shown, groups, 0);
         this.shown = shown;
         this.groups = groups;
     }
@@ -55,27 +67,78 @@ export class ColumnTree {
             for (const child of node.children) changed.add(child.column);
         }
         const columns = this.columns.map((known) => (changed.has(known.index) ? { ...known, format } : known));
-        return new ColumnTree(columns, this.roots);
+        return new ColumnTree(columns, this.roots, this.isSwapped);
+    }
+
+    withSwapped(isSwapped: boolean): ColumnTree {
+        return isSwapped === this.isSwapped ? this : new ColumnTree(this.columns, this.roots, isSwapped);
+    }
+
+    /** Whether the numbers of a column say how much more one result has than the other; a collapsed one stands for that. */
+    isDifference(column: GridColumn): boolean {
+        return column.kind === 'difference' || this.childOfKind(column, 'difference') !== undefined;
+    }
+
+    /** The column of one result that goes with a column of a comparison. */
+    ofResult(column: GridColumn, kind: ValueKind): GridColumn | undefined {
+        return this.childOfKind(column, kind) ?? this.#siblings(column).find((other) => other.kind === kind);
+    }
+
+    childOfKind(column: GridColumn, kind: ValueKind): GridColumn | undefined {
+        return this.#columnsOf(this.find(column.index)?.children).find((child) => child.kind === kind);
+    }
+
+    #siblings(column: GridColumn): GridColumn[] {
+        const parent = this.all.find(({ node }) =>
+            node.children.some((child) => child.column === column.index),
+        );
+        return this.#columnsOf(parent?.node.children);
+    }
+
+    #columnsOf(nodes: readonly ColumnNode[] = []): GridColumn[] {
+        return nodes.map((node) => this.columns[node.column]!);
+    }
+
+    /** What can be wished of each column as it is now. */
+    get wishes(): ColumnWishes {
+        return new Map(
+            this.all.map(({ node }) => {
+                const { isHidden, isCollapsed } = node;
+                const column = this.columns[node.column]!;
+                return [keyOf(column), { isHidden, isCollapsed, format: column.format }];
+            }),
+        );
     }
 
     /**
-     * This tree with what a person had made of the columns of an earlier one: hidden, collapsed, format. Columns are the
-     * same if their query is. The tree itself if that changes nothing.
+     * This tree with what a person wished of its columns; one that nobody wished anything of looks as it should at first.
+     * The tree itself if that changes nothing.
      */
-    withWishesOf(earlier: ColumnTree): ColumnTree {
-        const known = new Map(earlier.all.map(({ node }) => [keyOf(earlier.columns[node.column]), node]));
+    withWishes(wishes: ColumnWishes): ColumnTree {
         let tree: ColumnTree = this;
         for (const { node } of this.all) {
-            const wish = known.get(keyOf(this.columns[node.column]));
-            if (!wish) continue;
+            const column = this.columns[node.column]!;
+            const wish = wishes.get(keyOf(column)) ?? this.#firstLook(node, column);
             if (wish.isHidden !== node.isHidden) tree = tree.withHidden(node.column, wish.isHidden);
             if (wish.isCollapsed !== node.isCollapsed) tree = tree.withCollapsed(node.column, wish.isCollapsed);
-            const column = this.columns[node.column];
-            const format = earlier.columns[wish.column]?.format;
-            if (column && format !== undefined && format !== column.format && canHaveFormat(column, format))
-                tree = tree.withFormat(node.column, format);
+            if (wish.format !== column.format && canHaveFormat(column, wish.format))
+                tree = tree.withFormat(node.column, wish.format);
         }
         return tree;
+    }
+
+    /**
+     * Facts about a row show behind its name instead of in columns. A comparison shows both results of the first metric,
+     * and differences in the unit of what they are between.
+     */
+    #firstLook(node: ColumnNode, column: GridColumn): ColumnWish {
+        const isCompared = this.childOfKind(column, 'difference') !== undefined;
+        const firstMetric = this.columns.find(({ isData }) => isData)?.query;
+        return {
+            isHidden: node.isHidden || column.isInfo,
+            isCollapsed: node.isCollapsed && !(isCompared && column.query === firstMetric),
+            format: (column.kind === 'difference' && this.ofResult(column, 'first')?.format) || column.format,
+        };
     }
 
     /** This tree, in which the columns know the formats that they had in an earlier one at first. */
@@ -85,7 +148,7 @@ export class ColumnTree {
             ...column,
             ownFormat: own.get(keyOf(column)) ?? column.ownFormat,
         }));
-        return new ColumnTree(columns, this.roots);
+        return new ColumnTree(columns, this.roots, this.isSwapped);
     }
 
     /** The tree as `columnState` wants to have it: children stand as child bags under a bag `column`. */
@@ -116,13 +179,23 @@ export class ColumnTree {
                 const children = changeIn(node.children);
                 return node.column === column ? { ...change(node), children } : { ...node, children };
             });
-        return new ColumnTree(this.columns, changeIn(this.roots));
+        return new ColumnTree(this.columns, changeIn(this.roots), this.isSwapped);
     }
 }
 
 /** What tells a column from all others of a grid, in this answer and in the next. */
 export function keyOf(column: GridColumn | undefined): string {
     return column ? `${column.query} ${column.queryFlag} ${column.caption}` : '';
+}
+
+/** The results of a comparison in the other order. */
+function swapResults(nodes: readonly ColumnNode[], columns: readonly GridColumn[]): ColumnNode[] {
+    const kindOf = (node: ColumnNode) => columns[node.column]?.kind;
+    const first = nodes.findIndex((node) => kindOf(node) === 'first');
+    const second = nodes.findIndex((node) => kindOf(node) === 'second');
+    const swapped = nodes.map((node) => ({ ...node, children: swapResults(node.children, columns) }));
+    if (first >= 0 && second >= 0) [swapped[first], swapped[second]] = [swapped[second]!, swapped[first]!];
+    return swapped;
 }
 
 function layOut(

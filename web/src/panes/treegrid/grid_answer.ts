@@ -1,6 +1,6 @@
 import { type Bag, type Plain, toPlain } from '../../wire/index.js';
 import { type ColumnNode, type GridColumn, readColumns, readHierarchy } from './grid_columns.js';
-import { boolOr, listOf, numberOr, objectOf, textOr } from './plain_fields.js';
+import { boolOr, listOf, numberOr, objectOf, textOr } from '../../format/plain_fields.js';
 import { readSearch, type SearchResult } from './search_result.js';
 
 /** "+" closed, "-" open, " " without children, "w" is being opened. */

@@ -1,5 +1,5 @@
 import { type Plain } from '../../wire/index.js';
-import { boolOr, listOf, numberOr, objectOf, textOr } from './plain_fields.js';
+import { boolOr, listOf, numberOr, objectOf, textOr } from '../../format/plain_fields.js';
 
 /** A format that a column can show its numbers in. */
 export interface ColumnFormat {
@@ -16,6 +16,9 @@ export interface BarSegment {
 
 export type BarType = 'default' | 'stacked' | 'diff' | 'unknown';
 
+/** The first result's number, the second's, or how much the first has more than the second. */
+export type ValueKind = 'first' | 'second' | 'difference';
+
 export interface ColumnLevel {
     readonly aliasForUnknown: string;
     readonly format: string;
@@ -29,6 +32,12 @@ export interface GridColumn {
     readonly isGrouping: boolean;
     /** Holds numbers of a metric. */
     readonly isData: boolean;
+    /** Holds a fact about the row's object. */
+    readonly isInfo: boolean;
+    readonly isSelf: boolean;
+    readonly isTotal: boolean;
+    /** In a comparison, what its numbers are of; undefined for a column of no single result. */
+    readonly kind: ValueKind | undefined;
     readonly isCollapsible: boolean;
     readonly isDescendingByDefault: boolean;
     /** A format chosen for the column goes for the columns below it, too. */
@@ -43,7 +52,7 @@ export interface GridColumn {
     readonly availableFormats: readonly ColumnFormat[];
     /** How many seconds one unit of a time is. */
     readonly timeUnit: number;
-    /** The length of a full bar. */
+    /** The length of a full bar: the same for all columns of one unit, so that they compare. */
     readonly barMax: number;
     readonly barType: BarType;
     /** Packed as 0xRRGGBBAA. */
@@ -78,6 +87,10 @@ function readColumn(column: { readonly [key: string]: Plain }, index: number): G
         description: textOr(column['description'], ''),
         isGrouping: boolOr(column['isGrouping'], false),
         isData: boolOr(column['isData'], false),
+        isInfo: boolOr(column['isInfo'], false),
+        isSelf: boolOr(column['isSelf'], false),
+        isTotal: boolOr(column['isTotal'], false),
+        kind: readKind(numberOr(column['queryFlag'], -1)),
         isCollapsible: boolOr(column['isCollapsible'], false),
         isDescendingByDefault: boolOr(column['descendingByDefault'], false),
         sharesFormatWithChildren: boolOr(column['syncChildColumnsFormat'], false),
@@ -87,8 +100,7 @@ function readColumn(column: { readonly [key: string]: Plain }, index: number): G
         ownFormat: textOr(column['format'], ''),
         availableFormats: listOf(column['availableFormats']).map(readFormat),
         timeUnit: numberOr(column['timeUnit'], 1),
-        // A column whose top rows are all zero has no greatest value of its own.
-        barMax: numberOr(column['barMax'], 0) || numberOr(column['maxPerUnitOfMeasure'], 0),
+        barMax: numberOr(column['maxPerUnitOfMeasure'], 0) || numberOr(column['barMax'], 0),
         barType: readBarType(textOr(column['barType'], 'unknown')),
         color: numberOr(column['color'], DEFAULT_COLOR),
         segments: readSegments(column['barSegments']),
@@ -97,6 +109,16 @@ function readColumn(column: { readonly [key: string]: Plain }, index: number): G
         query: textOr(column['query'], ''),
         queryFlag: numberOr(column['queryFlag'], -1),
     };
+}
+
+const KIND_FLAGS: readonly (readonly [flag: number, kind: ValueKind])[] = [
+    [0x100, 'first'],
+    [0x200, 'second'],
+    [0x400, 'difference'],
+];
+
+function readKind(queryFlag: number): ValueKind | undefined {
+    return queryFlag < 0 ? undefined : KIND_FLAGS.find(([flag]) => queryFlag & flag)?.[1];
 }
 
 function readLevel(plain: Plain): ColumnLevel {

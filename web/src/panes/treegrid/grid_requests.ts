@@ -5,6 +5,7 @@ import {
     type Plain,
     RequestCanceled,
     type RequestClient,
+    RequestFailed,
     s32,
     text,
     u64,
@@ -13,6 +14,8 @@ import {
 import { type ColumnTree } from './column_tree.js';
 import { type GridAnswer, readGridAnswer } from './grid_answer.js';
 import { type RowRange } from './row_cache.js';
+import { PLACE_QUERIES } from './row_place.js';
+import { type RowPath } from './row_paths.js';
 import { readSearch, type SearchResult } from './search_result.js';
 import { type SelectionStep } from './selection_steps.js';
 
@@ -52,6 +55,12 @@ export interface RowAddress {
     readonly id: string;
 }
 
+export interface ResolvedPath {
+    /** From the root on. */
+    readonly path: string;
+    readonly exists: boolean;
+}
+
 /** Milliseconds until a request that the host cancelled is sent again, and how often that is done. */
 const RETRY_PAUSE = 200;
 const MOST_RETRIES = 25;
@@ -61,6 +70,8 @@ export class GridRequests {
     readonly #client: RequestClient;
     readonly #gridId: string;
     readonly #query: GridQuery;
+    /** Facts about the rows, as far as the host has them. */
+    #facts: readonly string[] = PLACE_QUERIES;
 
     /** @param gridId names the grid among all grids of all pages that the host serves. */
     constructor(client: RequestClient, gridId: string, query: GridQuery) {
@@ -71,9 +82,22 @@ export class GridRequests {
 
     /** Says nothing of the stack mode: the host would note a new one without changing its rows. */
     async refresh(window: RowRange, wishes: RefreshWishes, signal: AbortSignal): Promise<GridAnswer> {
-        const { focus, sorting } = wishes;
+        for (;;) {
+            try {
+                return readGridAnswer(await this.#ask('refresh', this.#refreshBag(window, wishes), signal));
+            } catch (failure) {
+                // A grid without a fact about its rows is better than none.
+                const facts = this.#facts.filter((query) => !isAbout(failure, query));
+                if (facts.length === this.#facts.length) throw failure;
+                this.#facts = facts;
+            }
+        }
+    }
+
+    #refreshBag(window: RowRange, { focus, sorting }: RefreshWishes): Bag {
         const request = this.#withWindow(this.#bag(), window).put('queryType', text(this.#query.queryType));
-        request.addChild('columns').putOwn('column', text('/Metrics'));
+        const columns = request.addChild('columns');
+        for (const query of ['/Metrics', ...this.#facts]) columns.putOwn('column', text(query));
         if (focus)
             request
                 .addChild('focusObjectInfo')
@@ -85,7 +109,7 @@ export class GridRequests {
                 .put('query', text(sorting.query))
                 .put('queryFlag', s32(sorting.queryFlag))
                 .put('descending', bool(sorting.isDescending));
-        return readGridAnswer(await this.#ask('refresh', request, signal));
+        return request;
     }
 
     async scroll(window: RowRange, signal: AbortSignal): Promise<GridAnswer> {
@@ -124,6 +148,18 @@ export class GridRequests {
         return readGridAnswer(await this.#ask('selection', request, signal));
     }
 
+    /** Opens the rows that hold a row, by what they show, and goes there; without such a row somewhere else. */
+    async position(path: RowPath, signal: AbortSignal): Promise<GridAnswer> {
+        const request = this.#bag();
+        const references = request.addChild('focusRowReferences');
+        for (const value of path)
+            references
+                .addChild('focusRowReference')
+                .put('type', text(this.#query.grouping))
+                .put('value', valueOf(value));
+        return readGridAnswer(await this.#ask('position', request, signal));
+    }
+
     async columnState(tree: ColumnTree, signal: AbortSignal): Promise<void> {
         const request = this.#bag();
         request.addChild('columnHierarchy', tree.toBag());
@@ -140,9 +176,24 @@ export class GridRequests {
         return (await this.#ask('copyRowsToClipboard', this.#bag(), signal)).text('copiedRows') ?? '';
     }
 
-    /** Writes all rows to a file of the machine that the host runs on. */
+    /** Writes all rows to a file of the machine that the host runs on, in place of what it held. */
     async exportToCsv(filePath: string, signal: AbortSignal): Promise<void> {
         await this.#ask('exportToCsv', this.#bag().putOwn('filePath', text(filePath)), signal);
+    }
+
+    /** Has all rows put into a file that the browser can fetch once; gives its address, relative to the page. */
+    async exportDownload(fileName: string, signal: AbortSignal): Promise<string> {
+        const request = this.#bag().putOwn('fileName', text(fileName));
+        const url = (await this.#client.request('export:download', request, { signal })).text('url') ?? '';
+        if (!/^download\/[\w.~%/-]+$/.test(url)) throw new Error('The answer names no file to download.');
+        return url;
+    }
+
+    /** What a path means on the machine that the host runs on. */
+    async resolvePath(filePath: string, signal: AbortSignal): Promise<ResolvedPath> {
+        const request = new Bag().putOwn('filePath', text(filePath));
+        const answer = await this.#client.request('export:resolve', request, { signal });
+        return { path: answer.text('path') ?? filePath, exists: answer.bool('exists') ?? true };
     }
 
     /** Asks again as long as the host cancels in favour of some other request: nobody took this one's place. */
@@ -175,6 +226,10 @@ export class GridRequests {
     #withRow({ row, id }: RowAddress): Bag {
         return this.#bag().putOwn('row', s32(row)).putOwn('rowId', text(id));
     }
+}
+
+function isAbout(failure: unknown, query: string): boolean {
+    return failure instanceof RequestFailed && new RegExp(`${query}(?!\\w)`).test(failure.message);
 }
 
 /** Plain data as a value of the kind that holds it. */

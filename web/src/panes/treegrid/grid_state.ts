@@ -1,4 +1,5 @@
 import { ColumnTree } from './column_tree.js';
+import { turnedSorting } from './comparison.js';
 import { type GridAnswer, type GridFooter, type GridRow, type GridSorting } from './grid_answer.js';
 import { type GridColumn } from './grid_columns.js';
 import { type NamedSorting, type RowAddress } from './grid_requests.js';
@@ -50,6 +51,11 @@ export class GridState {
         return this.tree.columns.find(({ isGrouping }) => isGrouping);
     }
 
+    /** The sorting as it looks to a person. */
+    get shownSorting(): GridSorting {
+        return turnedSorting(this.tree, this.sorting);
+    }
+
     /** The sorting by the name of its column; undefined if it has none. */
     get namedSorting(): NamedSorting | undefined {
         const column = this.tree.columns[this.sorting.column];
@@ -68,7 +74,9 @@ export class GridState {
     /** An answer that shows more of the same rows. */
     takeWindow(answer: GridAnswer): void {
         if (answer.columns && answer.hierarchy)
-            this.tree = new ColumnTree(answer.columns, answer.hierarchy).withOwnFormatsOf(this.tree);
+            this.tree = new ColumnTree(answer.columns, answer.hierarchy, this.tree.isSwapped).withOwnFormatsOf(
+                this.tree,
+            );
         const isMoved = answer.rowCount !== this.rowCount;
         const current = this.current;
         if (isMoved) this.rows.clear();

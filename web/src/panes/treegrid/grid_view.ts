@@ -1,7 +1,7 @@
 import { withThousands } from '../../format/number_format.js';
 import { make } from '../../page/dom.js';
 import { drawFootCell } from './cell_view.js';
-import { keyOf } from './column_tree.js';
+import { ColumnWidths } from './column_widths.js';
 import { type GridColumn } from './grid_columns.js';
 import { type GridState } from './grid_state.js';
 import { type HeadListener, HeadView } from './head_view.js';
@@ -10,20 +10,19 @@ import { type RowRange } from './row_cache.js';
 import { RowsView } from './rows_view.js';
 import { ScrollScale } from './scroll_scale.js';
 
-export interface GridViewListener extends Omit<HeadListener, 'leaveHead' | 'resize'> {
+export interface GridViewListener extends Omit<HeadListener, 'leaveHead' | 'resize' | 'fit'> {
     /** Other rows show than before, or more of them. */
     shownChanged(): void;
     rowPressed(row: number, keys: { readonly control: boolean; readonly shift: boolean }): void;
     /** The switch of a row, or a double click. */
     togglePressed(row: number): void;
     command(command: KeyCommand): void;
+    /** A person gave columns other widths. */
+    widthsChanged(widths: ReadonlyMap<string, number>): void;
 }
 
 /** Pixels; the same in the style sheet. */
 const ROW_HEIGHT = 24;
-const DATA_WIDTH = 150;
-const GROUPING_WIDTH = 280;
-const LEAST_WIDTH = 48;
 const SIDEWAYS_STEP = 60;
 
 let viewCount = 0;
@@ -39,20 +38,27 @@ export class GridView {
     readonly #head: HeadView;
     readonly #rows = new RowsView(`grid-${++viewCount}`);
     readonly #foot = make('div', { class: 'tg-foot', role: 'rowgroup', hidden: true });
-    /** By what lasts of a column: its index may be another one's after a refresh. */
-    readonly #widths = new Map<string, number>();
+    readonly #widths: ColumnWidths;
     readonly #observer: ResizeObserver;
     #state: GridState;
     #frame = 0;
 
-    constructor(title: string, state: GridState, listener: GridViewListener) {
+    /** @param widths what a person gave columns before. */
+    constructor(
+        title: string,
+        state: GridState,
+        widths: ReadonlyMap<string, number>,
+        listener: GridViewListener,
+    ) {
         this.#listener = listener;
         this.#state = state;
+        this.#widths = new ColumnWidths(widths);
         this.#head = new HeadView({
             sortBy: (column) => listener.sortBy(column),
             openColumnMenu: (column, anchor) => listener.openColumnMenu(column, anchor),
             setCollapsed: (column, isCollapsed) => listener.setCollapsed(column, isCollapsed),
             resize: (column, width) => this.resize(column, width),
+            fit: (column) => this.fit(column),
             leaveHead: () => this.focus(),
         });
         this.element = make('div', {
@@ -63,7 +69,10 @@ export class GridView {
             'aria-multiselectable': 'true',
         });
         this.element.append(this.#head.element, this.#rows.element, this.#foot);
-        this.#observer = new ResizeObserver(() => this.#later());
+        this.#observer = new ResizeObserver(() => {
+            this.#setWidths();
+            this.#later();
+        });
         this.#observer.observe(this.element);
         this.#listen();
     }
@@ -87,6 +96,7 @@ export class GridView {
         this.#head.draw(this.#state);
         this.#drawFoot();
         this.drawRows();
+        if (this.#widths.grow(this.element, this.#state.tree)) this.#setWidths();
     }
 
     /** Draws the rows where the scroll bar and the state say. */
@@ -109,18 +119,33 @@ export class GridView {
         this.scale.center(row);
     }
 
+    /** Moves to so many pixels of rows. */
+    scrollTo(top: number): void {
+        this.#measure();
+        this.scale.setTop(top);
+        this.drawRows();
+    }
+
     resize(column: GridColumn, width: number): void {
-        this.#widths.set(keyOf(column), Math.max(LEAST_WIDTH, Math.round(width)));
-        this.#setWidths();
+        this.#widths.give(column, width);
+        this.#widthsChanged();
     }
 
     /** Makes a column wider than it shows, or narrower. */
     resizeBy(column: GridColumn, amount: number): void {
-        this.resize(column, (this.#head.widthOf(column) ?? this.#widthOf(column)) + amount);
+        const shown = this.#head.widthOf(column) ?? this.#widths.of(column, this.element.clientWidth);
+        this.resize(column, shown + amount);
     }
 
-    #widthOf(column: GridColumn): number {
-        return this.#widths.get(keyOf(column)) ?? (column.isGrouping ? GROUPING_WIDTH : DATA_WIDTH);
+    /** Makes a column as wide as what it shows. */
+    fit(column: GridColumn): void {
+        this.#widths.fit(this.element, this.#state.tree, column);
+        this.#widthsChanged();
+    }
+
+    #widthsChanged(): void {
+        this.#setWidths();
+        this.#listener.widthsChanged(this.#widths.given);
     }
 
     /** Brings the current hit into sight sideways too. */
@@ -138,7 +163,7 @@ export class GridView {
     }
 
     get #headRows(): number {
-        return this.#state.tree.groups.length + 1;
+        return this.#head.rowCount;
     }
 
     #measure(): void {
@@ -148,15 +173,9 @@ export class GridView {
     }
 
     #setWidths(): void {
-        const shown = this.#state.tree.shown;
-        const tracks = shown.map((column) =>
-            // The grouping column takes what is left, unless a person gave it a width.
-            column.isGrouping && !this.#widths.has(keyOf(column))
-                ? `minmax(${GROUPING_WIDTH}px, 1fr)`
-                : `${this.#widthOf(column)}px`,
-        );
-        const least = shown.reduce((sum, column) => sum + this.#widthOf(column), 0);
-        this.element.style.setProperty('--tg-columns', tracks.join(' '));
+        const { tracks, least, names } = this.#widths.layOut(this.#state.tree, this.element.clientWidth);
+        this.element.style.setProperty('--tg-columns', tracks);
+        this.element.style.setProperty('--tg-names', `${names}px`);
         this.element.style.setProperty('--tg-width', `${least}px`);
     }
 
@@ -168,8 +187,7 @@ export class GridView {
             footer.rowCount === 1 ? 'Selected: 1 row' : `Selected: ${withThousands(footer.rowCount)} rows`;
         const row = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': this.#rowIndexOfFoot() });
         tree.shown.forEach((column, at) => {
-            const cell = footer.cells[column.index];
-            if (cell) row.append(drawFootCell({ column, columnNumber: at + 1 }, cell, caption));
+            row.append(drawFootCell({ tree, column, columnNumber: at + 1 }, footer.cells, caption));
         });
         this.#foot.replaceChildren(row);
     }
@@ -193,6 +211,7 @@ export class GridView {
         });
         this.element.addEventListener('wheel', (event) => this.#takeWheel(event), { passive: false });
         this.element.addEventListener('keydown', (event) => this.#takeKey(event));
+        this.element.addEventListener('mousedown', (event) => this.#takeMouseDown(event));
         this.element.addEventListener('click', (event) => this.#takeClick(event));
         this.element.addEventListener('dblclick', (event) => {
             const row = rowOf(event);
@@ -209,18 +228,31 @@ export class GridView {
         this.#later();
     }
 
-    /** Keys of the heads are not the grid's. */
+    /** Keys of the heads are not the grid's, and text that is marked is the browser's to copy. */
     #takeKey(event: KeyboardEvent): void {
         if (event.target !== this.element) return;
         const command = commandOf(event);
-        if (!command) return;
+        if (!command || (command.what === 'copy' && this.#hasMarkedText())) return;
         event.preventDefault();
         this.#listener.command(command);
     }
 
+    /** Text is marked by dragging only: a double click opens rows, and Shift selects them. */
+    #takeMouseDown(event: MouseEvent): void {
+        if (rowOf(event) === undefined || (event.detail < 2 && !event.shiftKey)) return;
+        event.preventDefault();
+        getSelection()?.removeAllRanges();
+    }
+
+    #hasMarkedText(): boolean {
+        const marked = getSelection();
+        return !!marked && !marked.isCollapsed && this.element.contains(marked.anchorNode);
+    }
+
     #takeClick(event: MouseEvent): void {
         const row = rowOf(event);
-        if (row === undefined) return;
+        // The end of marking a text is a click, too.
+        if (row === undefined || this.#hasMarkedText()) return;
         this.focus();
         if (isOnToggle(event)) return this.#listener.togglePressed(row);
         this.#listener.rowPressed(row, { control: event.ctrlKey || event.metaKey, shift: event.shiftKey });

@@ -1,7 +1,10 @@
+import './grid_head.css';
 import { make, makeButton } from '../../page/dom.js';
-import { type HeadGroup } from './column_tree.js';
+import { fullName, headName } from './column_names.js';
+import { type ColumnTree } from './column_tree.js';
 import { type GridColumn } from './grid_columns.js';
 import { type GridState } from './grid_state.js';
+import { percentRemarks, type SpanningHead, spanningHeads } from './head_rows.js';
 
 export interface HeadListener {
     sortBy(column: GridColumn): void;
@@ -9,13 +12,15 @@ export interface HeadListener {
     setCollapsed(column: number, isCollapsed: boolean): void;
     /** A column is to be so many pixels wide. */
     resize(column: GridColumn, width: number): void;
+    /** A column is to be as wide as what it shows. */
+    fit(column: GridColumn): void;
     leaveHead(): void;
 }
 
 const KEY_STEP = 16;
 
 /**
- * The heads of the columns: a row for each depth of open column groups, and the row of the columns that show. By
+ * The heads of the columns: the metrics, a row for each depth of open columns, and the columns that show. By
  * keyboard it is one stop: the arrows lead from head to head, Enter sorts, Alt+Down opens the column's menu,
  * Shift with an arrow changes the width.
  */
@@ -23,6 +28,7 @@ export class HeadView {
     readonly element = make('div', { class: 'tg-head', role: 'rowgroup' });
     readonly #listener: HeadListener;
     #buttons: HTMLButtonElement[] = [];
+    #rowCount = 1;
     #stop = 0;
 
     constructor(listener: HeadListener) {
@@ -32,11 +38,17 @@ export class HeadView {
     draw(state: GridState): void {
         const hadFocus = this.element.contains(document.activeElement);
         this.#buttons = [];
-        const groups = state.tree.groups.map((row, at) => this.#drawGroupRow(state, row, at + 1));
-        const heads = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': groups.length + 1 });
+        const above = spanningHeads(state.tree);
+        const rows = above.map((row, at) => this.#drawSpanningRow(state.tree, row, at + 1));
+        const heads = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': rows.length + 1 });
         state.tree.shown.forEach((column, at) => heads.append(this.#drawHead(state, column, at)));
-        this.element.replaceChildren(...groups, heads);
+        this.element.replaceChildren(...rows, heads);
+        this.#rowCount = rows.length + 1;
         this.#setStop(Math.min(this.#stop, this.#buttons.length - 1), hadFocus);
+    }
+
+    get rowCount(): number {
+        return this.#rowCount;
     }
 
     /** How many pixels wide a column shows; undefined for one that does not. */
@@ -45,47 +57,58 @@ export class HeadView {
         return this.element.querySelector<HTMLElement>(selector)?.offsetWidth;
     }
 
-    #drawGroupRow(state: GridState, groups: readonly HeadGroup[], rowNumber: number): HTMLElement {
+    #drawSpanningRow(tree: ColumnTree, heads: readonly SpanningHead[], rowNumber: number): HTMLElement {
         const row = make('div', { class: 'tg-row', role: 'row', 'aria-rowindex': rowNumber });
-        for (const { node, start, span } of groups) {
-            const column = state.tree.columns[node.column]!;
+        const remark = percentRemarks(tree)[rowNumber - 1] ?? '';
+        if (tree.shown[0]?.isGrouping)
+            row.append(
+                make('div', { class: 'tg-headcell name blank', role: 'presentation', title: remark }, remark),
+            );
+        for (const { caption, start, span, column } of heads) {
             const cell = make('div', {
                 class: 'tg-headcell group',
                 role: 'columnheader',
                 'aria-colindex': start + 1,
                 'aria-colspan': span,
-                'data-column': `c${column.index}`,
+                'data-column': column && `c${column.index}`,
+                'data-start': start,
+                'data-span': span,
+                title: caption,
             });
             cell.style.gridColumn = `${start + 1} / span ${span}`;
-            cell.append(this.#drawSwitch(column, false), make('span', { class: 'tg-caption' }, column.caption));
+            if (column) cell.append(this.#drawSwitch(tree, column, false));
+            cell.append(make('span', { class: 'tg-caption' }, caption));
             row.append(cell);
         }
         return row;
     }
 
     #drawHead(state: GridState, column: GridColumn, at: number): HTMLElement {
-        const { sorting, tree } = state;
+        const { shownSorting: sorting, tree } = state;
         const isSorted = sorting.column === column.index;
         const direction = sorting.isDescending ? 'descending' : 'ascending';
         const cell = make('div', {
-            class: column.isData ? 'tg-headcell number' : 'tg-headcell',
+            class: `tg-headcell ${column.isGrouping ? 'name' : column.isData ? 'number' : ''}`,
             role: 'columnheader',
             'aria-colindex': at + 1,
             'aria-sort': isSorted ? direction : 'none',
             'data-column': `c${column.index}`,
-            title: column.description || undefined,
+            title: [fullName(tree, column), column.description].filter((line) => line !== '').join('\n'),
         });
-        if (tree.find(column.index)?.children.length) cell.append(this.#drawSwitch(column, true));
+        cell.style.gridColumn = String(at + 1);
+        if (tree.find(column.index)?.children.length) cell.append(this.#drawSwitch(tree, column, true));
         cell.append(
-            this.#drawSortButton(column, at),
-            this.#drawMenuButton(column),
+            this.#drawSortButton(tree, column, at),
+            this.#drawMenuButton(tree, column),
             this.#drawGrip(column, cell),
         );
         return cell;
     }
 
-    #drawSortButton(column: GridColumn, at: number): HTMLElement {
-        const button = makeButton(column.caption, () => this.#listener.sortBy(column), 'tg-sort');
+    #drawSortButton(tree: ColumnTree, column: GridColumn, at: number): HTMLElement {
+        const button = makeButton('', () => this.#listener.sortBy(column), 'tg-sort');
+        const caption = make('span', { class: 'tg-caption' }, headName(tree, column));
+        button.append(caption, make('span', { class: 'tg-arrow', 'aria-hidden': 'true' }));
         button.tabIndex = -1;
         button.addEventListener('keydown', (event) => this.#takeKey(event, column, at));
         button.addEventListener('focus', () => this.#setStop(at, false));
@@ -97,7 +120,7 @@ export class HeadView {
         return button;
     }
 
-    #drawMenuButton(column: GridColumn): HTMLElement {
+    #drawMenuButton(tree: ColumnTree, column: GridColumn): HTMLElement {
         const at = this.#buttons.length - 1;
         const button = makeButton(
             '⋮',
@@ -105,20 +128,25 @@ export class HeadView {
             'tg-menu',
         );
         button.tabIndex = -1;
-        button.setAttribute('aria-label', `Menu of ${column.caption}`);
+        button.setAttribute('aria-label', `Menu of ${fullName(tree, column)}`);
         return button;
     }
 
-    #drawSwitch(column: GridColumn, isCollapsed: boolean): HTMLElement {
+    #drawSwitch(tree: ColumnTree, column: GridColumn, isCollapsed: boolean): HTMLElement {
         const act = () => this.#listener.setCollapsed(column.index, !isCollapsed);
         const button = makeButton(isCollapsed ? '▸' : '▾', act, 'tg-switch');
         button.tabIndex = -1;
-        button.setAttribute('aria-label', `${isCollapsed ? 'Expand' : 'Collapse'} ${column.caption}`);
+        button.setAttribute('aria-label', `${isCollapsed ? 'Expand' : 'Collapse'} ${fullName(tree, column)}`);
         return button;
     }
 
     #drawGrip(column: GridColumn, cell: HTMLElement): HTMLElement {
-        const grip = make('span', { class: 'tg-grip', 'aria-hidden': 'true' });
+        const grip = make('span', {
+            class: 'tg-grip',
+            'aria-hidden': 'true',
+            title: 'Drag, or double-click to fit',
+        });
+        grip.addEventListener('dblclick', () => this.#listener.fit(column));
         grip.addEventListener('pointerdown', (event) => {
             event.preventDefault();
             grip.setPointerCapture(event.pointerId);

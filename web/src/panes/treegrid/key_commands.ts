@@ -1,7 +1,7 @@
 /** What a key asks of the grid. `extend` selects on the way, `keep` leaves the selection alone. */
 export type KeyCommand =
     | { readonly what: 'move'; readonly by: MoveUnit; readonly amount: number; readonly mode: MoveMode }
-    | { readonly what: 'open' | 'close' | 'openAll' | 'closeAll' | 'openSelected' }
+    | { readonly what: 'open' | 'close' | 'openAll' | 'closeAll' | 'openSelected' | 'openHottest' }
     | { readonly what: 'toggleSelected' | 'selectAll' | 'clearSelection' }
     | { readonly what: 'copy' | 'search' | 'nextHit' | 'previousHit' | 'activate' }
     | { readonly what: 'scrollSideways'; readonly amount: number };
@@ -35,6 +35,8 @@ const TYPED: Readonly<Record<string, KeyCommand>> = {
     '-': { what: 'close' },
     '*': { what: 'openAll' },
     '/': { what: 'closeAll' },
+    h: { what: 'openHottest' },
+    H: { what: 'openHottest' },
 };
 
 const PLAIN: Readonly<Record<string, KeyCommand>> = {

@@ -24,6 +24,11 @@ export class RowCache {
         return -1;
     }
 
+    /** All rows at hand with their indexes, from the top down. */
+    inOrder(): (readonly [index: number, row: GridRow])[] {
+        return [...this.#rows].sort(([one], [other]) => one - other);
+    }
+
     clear(): void {
         this.#rows.clear();
     }

@@ -1,6 +1,6 @@
 import { make } from '../../page/dom.js';
 import { drawCell } from './cell_view.js';
-import { type GridRow } from './grid_answer.js';
+import { type GridCell, type GridRow } from './grid_answer.js';
 import { type GridState } from './grid_state.js';
 import { type RowRange } from './row_cache.js';
 import { type ScrollScale } from './scroll_scale.js';
@@ -57,7 +57,7 @@ export class RowsView {
         const old = this.#drawn.get(index);
         // Any of these changes the cells: columns and formats, hits, and which hit is the current one.
         const look = [state.tree, state.search, state.hit, headRows];
-        if (old && old.row === row && isSame(old.look, look)) return old;
+        if (old && looksSame(old.row, row) && isSame(old.look, look)) return old;
         const element = row ? drawFullRow(state, row, index) : make('div', { class: 'tg-row loading' }, '…');
         element.id = this.idOf(index);
         element.dataset['row'] = String(index);
@@ -65,6 +65,32 @@ export class RowsView {
         element.setAttribute('aria-rowindex', String(index + headRows + 1));
         return { element, row, look };
     }
+}
+
+/** Whether two answers say the same of a row, as far as it is drawn: most rows do not change from one to the next. */
+function looksSame(one: GridRow | undefined, other: GridRow | undefined): boolean {
+    if (one === other || !one || !other) return one === other;
+    return (
+        one.id === other.id &&
+        one.level === other.level &&
+        one.state === other.state &&
+        one.isSelected === other.isSelected &&
+        one.isHighlighted === other.isHighlighted &&
+        one.cells.every((cell, at) => isSameCell(cell, other.cells[at]))
+    );
+}
+
+function isSameCell(one: GridCell, other: GridCell | undefined): boolean {
+    return (
+        other !== undefined &&
+        one.value === other.value &&
+        one.percentBase === other.percentBase &&
+        one.customPercentBase === other.customPercentBase &&
+        one.issueMask === other.issueMask &&
+        one.isReliable === other.isReliable &&
+        one.segments.length === other.segments.length &&
+        one.segments.every(({ value }, at) => value === other.segments[at]!.value)
+    );
 }
 
 function isSame(one: unknown, other: readonly unknown[]): boolean {
@@ -87,7 +113,7 @@ function drawFullRow(state: GridState, row: GridRow, index: number): HTMLElement
         'data-id': row.id,
     });
     state.tree.shown.forEach((column, at) => {
-        const place = { column, columnNumber: at + 1 };
+        const place = { tree: state.tree, column, columnNumber: at + 1 };
         element.append(drawCell(place, row, state.hitsAt(index, column.index), state.hit));
     });
     return element;

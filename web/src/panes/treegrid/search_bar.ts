@@ -17,7 +17,8 @@ export class SearchBar {
     readonly #listener: SearchBarListener;
     readonly #input = make('input', {
         type: 'search',
-        'aria-label': 'Search in this grid',
+        'aria-label': 'Search the open rows',
+        placeholder: 'Search the open rows',
         autocomplete: 'off',
     });
     readonly #count = make('output', { 'aria-live': 'polite' });
@@ -68,10 +69,8 @@ export class SearchBar {
 
     /** Says how many hits there are and at which of them one is. Undefined: the hits are not known any more. */
     showCount(count: number | undefined, current: number): void {
-        if (this.key === '' || count === undefined) this.#count.textContent = '';
-        else if (count === 0) this.#count.textContent = 'No hits';
-        else if (current > 0) this.#count.textContent = `${withThousands(current)} of ${withThousands(count)}`;
-        else this.#count.textContent = count === 1 ? '1 hit' : `${withThousands(count)} hits`;
+        this.#count.textContent =
+            this.key === '' || count === undefined ? '' : `${countText(count, current)} in open rows`;
     }
 
     #takeTyping(): void {
@@ -87,4 +86,10 @@ export class SearchBar {
         else return;
         event.preventDefault();
     }
+}
+
+function countText(count: number, current: number): string {
+    if (count === 0) return 'No hits';
+    if (current > 0) return `${withThousands(current)} of ${withThousands(count)}`;
+    return count === 1 ? '1 hit' : `${withThousands(count)} hits`;
 }

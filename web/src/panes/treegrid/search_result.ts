@@ -1,5 +1,5 @@
 import { type Plain } from '../../wire/index.js';
-import { listOf, numberOr, objectOf, textOr } from './plain_fields.js';
+import { listOf, numberOr, objectOf, textOr } from '../../format/plain_fields.js';
 
 /** A place where the key stands, in code points of the cell's text. */
 export interface Hit {

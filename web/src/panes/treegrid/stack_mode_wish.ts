@@ -1,30 +1,32 @@
 import { type StackMode } from './grid_requests.js';
 
 /**
- * The stack mode that a person wants a grid in, kept while the page's tab lives, and what the host was told of it. The
- * host keeps the mode with the grid: over a reload of the page, but not over its own end.
+ * The stack mode that a person wants a grid in, and what the host was told of it. The host keeps the mode with the grid:
+ * over a reload of the page, but not over its own end.
  */
 export class StackModeWish {
-    readonly #store: Pick<Storage, 'getItem' | 'setItem'>;
-    readonly #key: string;
+    readonly #keep: (mode: StackMode) => void;
+    #wanted: StackMode | undefined;
     #told: StackMode | undefined;
 
-    constructor(store: Pick<Storage, 'getItem' | 'setItem'>, gridId: string) {
-        this.#store = store;
-        this.#key = `panedeck.stackMode.${gridId}`;
+    /** @param kept what a person chose before, if anything; `keep` is called with every choice from now on. */
+    constructor(kept: StackMode | undefined, keep: (mode: StackMode) => void) {
+        this.#wanted = kept;
+        this.#keep = keep;
     }
 
     get mode(): StackMode {
-        return this.#store.getItem(this.#key) === 'chain' ? 'chain' : 'tree';
+        return this.#wanted ?? 'tree';
     }
 
     /** Whether the host may be in another mode. A grid whose mode nobody ever chose is in the right one. */
     get isUntold(): boolean {
-        return this.#store.getItem(this.#key) !== null && this.#told !== this.mode;
+        return this.#wanted !== undefined && this.#told !== this.#wanted;
     }
 
     set(mode: StackMode): void {
-        this.#store.setItem(this.#key, mode);
+        this.#wanted = mode;
+        this.#keep(mode);
     }
 
     /** The host is in that mode now. */

@@ -1,27 +1,31 @@
 import './treegrid.css';
 import { withThousands } from '../../format/number_format.js';
-import { showMenu } from '../../page/menu.js';
-import { RequestCanceled, type RequestClient, RequestFailed } from '../../wire/index.js';
+import { failureSentence } from '../../page/failure_text.js';
+import { type PageMemory } from '../../page/page_memory.js';
+import { RequestCanceled, type RequestClient } from '../../wire/index.js';
 import { onDataChange } from '../data_events.js';
-import { copyText } from './clipboard.js';
-import { columnMenu, type ColumnMenuActions, columnsMenu } from './column_menus.js';
-import { type ColumnTree } from './column_tree.js';
+import { ColumnTree } from './column_tree.js';
 import { CommandQueue } from './command_queue.js';
-import { openCsvDialog } from './csv_dialog.js';
-import { type GridAnswer, type GridCell } from './grid_answer.js';
-import { type GridColumn } from './grid_columns.js';
+import { openExportDialog } from './export_dialog.js';
+import { type GridAnswer } from './grid_answer.js';
+import { firstSorting, GridColumnsControl } from './grid_columns_control.js';
+import { GridCommands } from './grid_commands.js';
+import { copySelectedRows } from './grid_copy.js';
 import { type FocusListener, GridFocus } from './grid_focus.js';
 import { type GridParts } from './grid_parts.js';
-import { type FocusObject, type GridQuery, GridRequests, type StackMode } from './grid_requests.js';
+import { type FocusObject, type GridQuery, GridRequests } from './grid_requests.js';
 import { GridSearch } from './grid_search.js';
 import { GridSelection } from './grid_selection.js';
 import { GridState } from './grid_state.js';
 import { GridView } from './grid_view.js';
+import { HottestPath } from './hottest_path.js';
 import { type KeyCommand } from './key_commands.js';
+import { KeptView } from './kept_view.js';
 import { PaneFrame } from './pane_frame.js';
 import { RowOpening } from './row_opening.js';
+import { RowMemory } from './row_memory.js';
 import { StackModeWish } from './stack_mode_wish.js';
-import { PATIENCE, StoppableWork } from './stoppable_work.js';
+import { StoppableWork } from './stoppable_work.js';
 import { WindowLoader } from './window_loader.js';
 
 export interface TreeGridSettings extends FocusListener {
@@ -35,7 +39,11 @@ export interface TreeGridSettings extends FocusListener {
     /** The grid is about an object that is chosen elsewhere, and says this until there is one. */
     readonly needsFocus?: string;
     /** Keeps what outlives a reload of the page. */
-    readonly store: Pick<Storage, 'getItem' | 'setItem'>;
+    readonly memory: PageMemory;
+    /** The name of what the host serves, for files. */
+    readonly profileName: () => string;
+    /** The grid turned out to compare two results. */
+    readonly onComparison: () => void;
 }
 
 /** Before the view was ever seen its height is unknown: about what fits a screen. */
@@ -59,11 +67,11 @@ export class TreeGridPane {
     readonly #unsubscribe: (() => void)[];
     readonly #selection: GridSelection;
     readonly #opening: RowOpening;
-    readonly #columnActions: ColumnMenuActions = {
-        sort: (column, isDescending) => this.#sort(column, isDescending),
-        changeTree: (tree) => this.#changeTree(tree),
-        resize: (column, by) => this.#view.resizeBy(column, by),
-    };
+    readonly #hottest: HottestPath;
+    readonly #commands: GridCommands;
+    readonly #columns: GridColumnsControl;
+    readonly #kept: KeptView;
+    readonly #rowMemory: RowMemory;
     #focus: FocusObject | undefined;
     #isActive = false;
     /** Counts what made the data out of date; what is shown is that of some count. */
@@ -78,17 +86,10 @@ export class TreeGridPane {
         this.#client = client;
         this.#requests = new GridRequests(client, settings.gridId, settings.query);
         this.#focusTold = new GridFocus(this.#state, settings);
-        this.#stackMode = new StackModeWish(settings.store, settings.gridId);
-        this.#view = new GridView(settings.title, this.#state, {
-            shownChanged: () => this.#shownChanged(),
-            rowPressed: (row, keys) => this.#selection.press(row, keys),
-            togglePressed: (row) => this.#opening.toggle(row),
-            command: (command) => this.#obey(command),
-            sortBy: (column) => this.#sortBy(column),
-            openColumnMenu: (column, anchor) => this.#openColumnMenu(column, anchor),
-            setCollapsed: (column, isCollapsed) =>
-                this.#changeTree(this.#state.tree.withCollapsed(column, isCollapsed)),
-        });
+        this.#kept = new KeptView(settings.memory, settings.query.queryType);
+        const look = this.#kept.load();
+        this.#stackMode = new StackModeWish(look.stackMode, (stackMode) => this.#kept.keep({ stackMode }));
+        this.#view = this.#makeView(look.widths);
         this.#search = new GridSearch(this.#requests, this.#state, this.#view, {
             goTo: (row) => this.#selection.goToSeen(row, 'keep'),
             shownChanged: () => this.#shownChanged(),
@@ -102,10 +103,16 @@ export class TreeGridPane {
         const parts = this.#makeParts();
         this.#selection = new GridSelection(parts);
         this.#opening = new RowOpening(parts, this.#selection);
+        this.#hottest = new HottestPath(parts, this.#selection);
+        this.#rowMemory = new RowMemory(parts, this.#kept);
+        this.#commands = new GridCommands(parts, this.#stackMode);
+        this.#columns = new GridColumnsControl(parts, this.#commands, this.#search, look.columns, (columns) =>
+            this.#kept.keep({ columns }),
+        );
         this.#frame.showMessage(settings.needsFocus ?? 'Waiting for data…');
         this.#unsubscribe = [
             onDataChange(client, () => this.#refreshSoon()),
-            client.onEvent('relay:libraryConnected', () => this.#stackMode.forgetTold()),
+            client.onEvent('relay:libraryConnected', () => this.#meetHost()),
             // Whoever changes the data waits for the panes to be quiet.
             client.onEvent('WaitForOtherPanesStopDataRequests', () => this.#loader.cancel()),
             client.onEvent('CancelDataChangeEvent', () => this.#isActive && this.#loader.update()),
@@ -125,7 +132,7 @@ export class TreeGridPane {
         this.#focusTold.setInSight(true);
         if (this.#shown !== this.#wanted) this.refresh();
         else {
-            this.#view.draw();
+            this.#showSwapped();
             this.#watchWaitingRows();
         }
     }
@@ -140,11 +147,24 @@ export class TreeGridPane {
     /** What the grid is about, if it is one that needs such an object. */
     setFocus(focus: FocusObject): void {
         if (focus.objectId === this.#focus?.objectId && focus.grouping === this.#focus.grouping) return;
+        const isOther = this.#focus !== undefined;
         this.#focus = focus;
         ++this.#wanted;
         this.#frame.showTitle(`${this.#settings.title}: ${focus.name}`);
+        if (isOther) this.#rowMemory.forget();
         this.#dropRows();
         if (this.#isActive) this.refresh();
+    }
+
+    /** Shows a comparison the other way round, or as it was opened. */
+    setSwapped(isSwapped: boolean): void {
+        this.#columns.setSwapped(isSwapped);
+        if (this.#isActive) this.#showSwapped();
+    }
+
+    #showSwapped(): void {
+        this.#view.draw();
+        this.#columns.sortAsBefore();
     }
 
     /** The rows at hand are about something else than the title says. */
@@ -153,6 +173,12 @@ export class TreeGridPane {
         this.#view.draw();
         this.#frame.showCount('');
         this.#frame.showMessage('Waiting for data…');
+    }
+
+    /** From now on it may be another host, which knows nothing of what was done here. */
+    #meetHost(): void {
+        this.#stackMode.forgetTold();
+        this.#rowMemory.meetHost();
     }
 
     /** Reads the grid anew. What was open stays open, and what was sorted sorted: the host sees to that. */
@@ -168,27 +194,40 @@ export class TreeGridPane {
         this.#isReading = true;
         this.#showBusy(this.#slowWork);
         await this.#guard('The grid could not be read', signal, async () => {
-            const wishes = {
-                focus: this.#focus,
-                sorting: this.#state.namedSorting,
-            };
+            const focus = this.#focus;
             const wanted = this.#wanted;
-            const answer = await this.#requests.refresh(this.#loader.window, wishes, signal);
+            const answer = await this.#readGrid(signal);
             // By now the title says something else; the pane reads that as soon as it is seen.
-            if (wishes.focus !== this.#focus) return;
+            if (focus !== this.#focus) return;
             this.#shown = wanted;
-            this.#frame.clearFailure();
-            this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
-            const { tree } = this.#state;
-            this.#take(answer);
-            // A host that was started anew knows nothing of the columns that a person hid.
-            const kept = this.#state.tree.withWishesOf(tree);
-            if (kept !== this.#state.tree) this.#changeTree(kept);
-            if (this.#stackMode.isUntold) this.#changeStackMode(this.#stackMode.mode);
+            this.#showGrid(answer);
         });
         if (signal.aborted) return;
         this.#isReading = false;
         this.#showBusy(this.#slowWork);
+    }
+
+    async #readGrid(signal: AbortSignal): Promise<GridAnswer> {
+        const wishes = { focus: this.#focus, sorting: this.#state.namedSorting ?? this.#kept.load().sorting };
+        const answer = await this.#requests.refresh(this.#loader.window, wishes, signal);
+        const { columns, hierarchy, sorting } = answer;
+        if (wishes.sorting || !columns || !hierarchy || !sorting) return answer;
+        // By itself the host goes by its first column, which may be a fact that does not even show.
+        const first = answer.rowCount === 0 ? undefined : firstSorting(new ColumnTree(columns, hierarchy));
+        if (!first || first.index === sorting.column) return answer;
+        return { ...(await this.#requests.sort(first.index, true, signal)), columns, hierarchy };
+    }
+
+    #showGrid(answer: GridAnswer): void {
+        this.#frame.clearFailure();
+        this.#frame.showMessage(answer.hasGrid ? null : 'The profile holds nothing to show here.');
+        this.#take(answer);
+        this.#columns.meetWishes();
+        if (this.#state.tree.columns.some(({ kind }) => kind !== undefined)) this.#settings.onComparison();
+        if (this.#stackMode.isUntold) this.#commands.changeStackMode(this.#stackMode.mode);
+        // Whoever comes to the page by keyboard is at the rows.
+        if (document.activeElement === document.body) this.#view.focus();
+        this.#rowMemory.rowsWereRead();
     }
 
     #showBusy(slowWork: string | null): void {
@@ -212,18 +251,35 @@ export class TreeGridPane {
         this.#opening.stop();
     }
 
+    // ------------------------------------------------------------------------------------------------------- the parts
+
+    #makeView(widths: ReadonlyMap<string, number>): GridView {
+        return new GridView(this.#settings.title, this.#state, widths, {
+            shownChanged: () => this.#shownChanged(),
+            rowPressed: (row, keys) => this.#selection.press(row, keys),
+            togglePressed: (row) => this.#opening.toggle(row),
+            command: (command) => this.#obey(command),
+            sortBy: (column) => this.#columns.sortBy(column),
+            openColumnMenu: (column, anchor) => this.#columns.openMenu(column, anchor),
+            setCollapsed: (column, isCollapsed) => this.#columns.setCollapsed(column, isCollapsed),
+            widthsChanged: (given) => this.#kept.keep({ widths: given }),
+        });
+    }
+
     #makeFrame(): PaneFrame {
         const content = [this.#search.element, this.#view.element];
-        return new PaneFrame(this.#settings.title, this.#settings, content, {
-            openAll: () => this.#bulk('expandRowsRecursively'),
-            openSelected: () => this.#bulk('expandSelectedRows'),
-            closeAll: () => this.#bulk('collapseAllRows'),
-            setStackMode: (mode) => this.#changeStackMode(mode),
-            openColumnsMenu: (anchor) =>
-                showMenu(anchor, 'Columns', columnsMenu(this.#state.tree, this.#columnActions)),
+        const { title, needsFocus } = this.#settings;
+        const options = { ...this.#settings, isTitled: needsFocus !== undefined };
+        return new PaneFrame(title, options, content, {
+            openHottest: () => this.#hottest.open(),
+            openAll: () => this.#commands.bulk('expandRowsRecursively'),
+            openSelected: () => this.#commands.bulk('expandSelectedRows'),
+            closeAll: () => this.#commands.bulk('collapseAllRows'),
+            setStackMode: (mode) => this.#commands.changeStackMode(mode),
+            openColumnsMenu: (anchor) => this.#columns.openColumnsMenu(anchor),
             openSearch: () => this.#search.open(),
             copy: () => this.#copy(),
-            exportCsv: () => openCsvDialog((path, signal) => this.#requests.exportToCsv(path, signal)),
+            exportCsv: () => this.#openExport(),
         });
     }
 
@@ -254,17 +310,23 @@ export class TreeGridPane {
             requests: this.#requests,
             state: this.#state,
             view: this.#view,
+            frame: this.#frame,
             queue: this.#queue,
             loader: this.#loader,
             work: this.#work,
             take: (answer) => this.#take(answer),
             wentToCurrent: () => this.#focusTold.wentToCurrent(),
+            readAnew: (signal) => this.#refresh(signal),
             guard: (whatFailed, signal, step) => this.#guard(whatFailed, signal, step),
         };
     }
 
+    // ---------------------------------------------------------------------------------------------------------- answers
+
     #shownChanged(): void {
-        if (this.#isActive && this.#state.rowCount > 0) this.#loader.update();
+        if (!this.#isActive || this.#state.rowCount === 0) return;
+        this.#loader.update();
+        this.#rowMemory.keepPlace();
     }
 
     /** Takes an answer that speaks of the whole grid: what is still being asked for is older. */
@@ -286,6 +348,7 @@ export class TreeGridPane {
         if (answer.expanded) this.#frame.announce(`${withThousands(answer.expanded.rowCount)} rows opened`);
         this.#focusTold.tell();
         this.#watchWaitingRows();
+        this.#rowMemory.keepRows();
     }
 
     /** Rows that the host is opening for a request of someone else: nobody tells when they are ready. */
@@ -306,11 +369,13 @@ export class TreeGridPane {
             case 'close':
                 return this.#opening.closeOrLeave();
             case 'openAll':
-                return this.#bulk('expandRowsRecursively');
+                return this.#commands.bulk('expandRowsRecursively');
             case 'closeAll':
-                return this.#bulk('collapseAllRows');
+                return this.#commands.bulk('collapseAllRows');
             case 'openSelected':
-                return this.#bulk('expandSelectedRows');
+                return this.#commands.bulk('expandSelectedRows');
+            case 'openHottest':
+                return this.#settings.isTree ? this.#hottest.open() : undefined;
             case 'activate':
                 return this.#opening.toggleCurrent();
             case 'toggleSelected':
@@ -349,114 +414,26 @@ export class TreeGridPane {
         else this.#selection.select('clear');
     }
 
-    // ---------------------------------------------------------------------------------------------------- the whole grid
-
-    #bulk(operation: 'expandSelectedRows' | 'collapseAllRows' | 'expandRowsRecursively'): void {
-        const words = {
-            failed: 'The rows could not be opened or closed',
-            running: operation === 'collapseAllRows' ? 'Closing rows' : 'Opening rows',
-        };
-        this.#longCommand(words, PATIENCE, async (signal) => {
-            this.#take(await this.#requests.bulk(operation, signal));
-            this.#frame.announce(`${withThousands(this.#state.rowCount)} rows`);
-        });
-    }
-
-    /** The mode counts from now on: should the command be dropped for a refresh, the refresh has it told again. */
-    #changeStackMode(mode: StackMode): void {
-        this.#setStackMode(() => this.#stackMode.set(mode));
-        const words = {
-            failed: 'The stack mode could not be changed',
-            running: mode === 'chain' ? 'Looking for chains' : 'Unfolding chains',
-        };
-        this.#longCommand(words, undefined, async (stop, signal) => {
-            try {
-                const answer = await this.#requests.changeStackMode(mode, stop);
-                this.#stackMode.setTold(mode);
-                this.#take(answer);
-            } catch (failure) {
-                if (!signal.aborted) this.#setStackMode(() => this.#stackMode.takeBack());
-                throw failure;
-            }
-        });
-    }
-
-    #setStackMode(set: () => void): void {
-        set();
-        this.#frame.showStackMode(this.#stackMode.mode);
-    }
-
-    // --------------------------------------------------------------------------------------------------------- columns
-
-    #sortBy(column: GridColumn): void {
-        const { sorting } = this.#state;
-        const isSame = sorting.column === column.index;
-        this.#sort(column, isSame ? !sorting.isDescending : column.isDescendingByDefault);
-    }
-
-    #sort(column: GridColumn, isDescending: boolean): void {
-        const words = { failed: 'The grid could not be sorted', running: 'Sorting' };
-        this.#longCommand(words, undefined, async (signal) => {
-            this.#take(await this.#requests.sort(column.index, isDescending, signal));
-            const order = isDescending ? 'descending' : 'ascending';
-            this.#frame.announce(`Sorted by ${column.caption}, ${order}`);
-        });
-    }
-
-    /** The page shows the change at once; the host has to know it for search, export and what comes after a refresh. */
-    #changeTree(tree: ColumnTree): void {
-        this.#state.tree = tree;
-        this.#search.forgetHits();
-        this.#view.draw();
-        this.#command('The columns could not be changed', async (signal) => {
-            await this.#requests.columnState(tree, signal);
-            // Answers from before that may have brought the old hits back.
-            this.#search.forgetHits();
-            this.#view.drawRows();
-        });
-    }
-
-    #openColumnMenu(column: GridColumn, anchor: HTMLElement): void {
-        const { start, count } = this.#view.shown;
-        const cells = Array.from(
-            { length: count },
-            (_, at) => this.#state.rows.get(start + at)?.cells[column.index],
-        );
-        const known = cells.filter((cell): cell is GridCell => cell !== undefined);
-        const { tree, sorting } = this.#state;
-        showMenu(anchor, column.caption, columnMenu(tree, column, sorting, known, this.#columnActions));
-    }
-
     #copy(): void {
-        this.#command('The rows could not be copied', async (signal) => {
-            await copyText(await this.#requests.copyRows(signal));
-            this.#frame.announce('Copied');
+        this.#queue.add({
+            run: (signal) =>
+                this.#guard('The rows could not be copied', signal, async () =>
+                    this.#frame.say(await copySelectedRows(this.#requests, this.#state, signal)),
+                ),
+        });
+    }
+
+    #openExport(): void {
+        const { title, profileName } = this.#settings;
+        const name = [profileName(), title.toLowerCase()].filter((part) => part !== '').join(' ');
+        openExportDialog(this.#requests, {
+            fileName: `${name}.csv`,
+            remark: this.#state.tree.isSwapped ? SWAPPED_EXPORT : '',
+            done: (text) => this.#frame.say(text),
         });
     }
 
     // -------------------------------------------------------------------------------------------------------- failures
-
-    #command(whatFailed: string, run: (signal: AbortSignal) => Promise<void>): void {
-        this.#queue.add({ run: (signal) => this.#guard(whatFailed, signal, () => run(signal)) });
-    }
-
-    /** A command that a person may stop: what it left half done is then read anew. */
-    #longCommand(
-        words: { readonly failed: string; readonly running: string },
-        holdsUpFor: number | undefined,
-        run: (stop: AbortSignal, signal: AbortSignal) => Promise<void>,
-    ): void {
-        const stoppable = (signal: AbortSignal) =>
-            this.#work.run(`${words.running}… Esc stops`, signal, (stop) =>
-                this.#guard(words.failed, signal, () => run(stop, signal)),
-            );
-        this.#queue.add({
-            holdsUpFor,
-            run: async (signal) => {
-                if (await stoppable(signal)) await this.#refresh(signal);
-            },
-        });
-    }
 
     /** Runs one step; what goes wrong is told above the grid, unless the page itself did not want it any more. */
     async #guard(whatFailed: string, signal: AbortSignal, step: () => Promise<void>): Promise<void> {
@@ -471,11 +448,11 @@ export class TreeGridPane {
         if (failure instanceof RequestCanceled && failure.by === 'page') return;
         // Without a connection the status line speaks, and the pane refreshes as soon as there is one again.
         if (this.#client.state !== 'connected') return;
-        const reason =
-            failure instanceof RequestFailed || failure instanceof Error ? failure.message : String(failure);
-        this.#frame.showFailure(`${whatFailed}: ${reason}`, 'Try again', () => {
+        this.#frame.showFailure(`${whatFailed}. ${failureSentence(failure)}`, 'Try again', () => {
             this.#frame.clearFailure();
             this.refresh();
         });
     }
 }
+
+const SWAPPED_EXPORT = 'The file has first and second as they were opened, not as the page shows them now.';

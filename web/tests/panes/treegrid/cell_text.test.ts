@@ -1,7 +1,10 @@
 import { describe, expect, it } from 'vitest';
 import { barShapes, cssColor } from '../../../src/panes/treegrid/bar_shapes.js';
-import { cellText, cutAtHits, formatChoices } from '../../../src/panes/treegrid/cell_text.js';
+import { cellText, cutAtHits, formatChoices, shownNumber } from '../../../src/panes/treegrid/cell_text.js';
+import { ColumnTree } from '../../../src/panes/treegrid/column_tree.js';
+import { shownCell } from '../../../src/panes/treegrid/comparison.js';
 import { type GridCell } from '../../../src/panes/treegrid/grid_answer.js';
+import { type ColumnNode, readColumns } from '../../../src/panes/treegrid/grid_columns.js';
 import { type Plain } from '../../../src/wire/index.js';
 import { cell, column } from './answers.js';
 
@@ -74,30 +77,47 @@ describe('the text of a cell', () => {
     });
 });
 
+describe('a difference', () => {
+    const kinds = [0x14, 0x114, 0x214, 0x414];
+    const columns = readColumns(
+        kinds.map((queryFlag) => ({ query: 'm', queryFlag, isData: true, format: 'count' })),
+    );
+    const node = (at: number, children: ColumnNode[] = []) => ({
+        ...{ column: at, isCollapsed: true, isHidden: false },
+        children,
+    });
+    const tree = new ColumnTree(columns, [node(0, [node(1), node(2), node(3)])]);
+    const cells = [0, 10, 30, -20].map((value, at) => cell({ value, percentBase: at === 2 ? 200 : 100 }));
+
+    it.each<[number, boolean, string[]]>([
+        [3, false, ['−', '20', '−20.0%']],
+        [3, true, ['+', '20', '+10.0%']],
+        [1, true, ['', '10', '10.0%']],
+        [0, true, ['', '0', '']],
+    ])(
+        'says how much more the first has, whichever is the first: column %d, turned %s',
+        (at, isSwapped, shown) => {
+            const turned = tree.withSwapped(isSwapped);
+            const given = shownCell(turned, columns[at]!, cells);
+            const { sign, text, percent } = shownNumber(columns[at]!, given, turned.isDifference(columns[at]!));
+            expect([sign, text, percent]).toEqual(shown);
+            expect(turned.withCollapsed(0, false).shown.map(({ index }) => index)).toEqual(
+                isSwapped ? [2, 1, 3] : [1, 2, 3],
+            );
+        },
+    );
+
+    it('of next to nothing has no sign', () => {
+        const percent = { ...columns[3]!, format: 'percent' };
+        const shown = shownNumber(percent, cell({ value: -1, percentBase: 100_000 }), true);
+        expect(shown).toMatchObject({ sign: '', text: '0.0%', percent: '' });
+    });
+});
+
 describe('hits in a text', () => {
     const hit = (start: number, end: number, number: number) => ({ start, end, number });
 
     it.each<[string, string, ReturnType<typeof hit>[], [string, number][]]>([
-        ['none', 'abc', [], [['abc', 0]]],
-        [
-            'in the middle',
-            'abcd',
-            [hit(1, 3, 4)],
-            [
-                ['a', 0],
-                ['bc', 4],
-                ['d', 0],
-            ],
-        ],
-        [
-            'side by side',
-            'abab',
-            [hit(0, 2, 1), hit(2, 4, 2)],
-            [
-                ['ab', 1],
-                ['ab', 2],
-            ],
-        ],
         [
             'counted in characters',
             '漢😀x',

@@ -78,14 +78,6 @@ describe('the tree of columns', () => {
         expect(formats(tree.withFormat(2, 'percent'))).toBe('time time percent percent percent time time');
     });
 
-    it('takes over what a person made of an earlier tree with the same columns', () => {
-        const own = tree.withCollapsed(1, false).withHidden(6, true);
-        expect(shown(tree.withWishesOf(own))).toBe('name a b c');
-        expect(tree.withWishesOf(tree)).toBe(tree);
-        const others = readColumns([{ caption: 'name' }, { caption: 'other' }]);
-        expect(new ColumnTree(others, readHierarchy({}, others)).withWishesOf(own).shown).toHaveLength(2);
-    });
-
     it.each<[string, number, string, string]>([
         ['percent for every column of numbers', 5, 'percent', 'percent'],
         ['percent of the base metric, too', 5, 'percent_by', 'percent_by'],
@@ -95,7 +87,7 @@ describe('the tree of columns', () => {
     ])('takes over formats: %s', (_, column, format, expected) => {
         const bytes = { ...COLUMNS[6]!, availableFormats: [{ id: 'bytes', label: '' }] };
         const offering = new ColumnTree([...COLUMNS.slice(0, 6), bytes], tree.roots);
-        const wished = offering.withWishesOf(tree.withFormat(column, format));
+        const wished = offering.withWishes(tree.withFormat(column, format).wishes);
         expect(wished.columns[column]!.format).toBe(expected);
     });
 
@@ -103,7 +95,7 @@ describe('the tree of columns', () => {
         const percent = COLUMNS.map((column) => ({ ...column, format: 'percent', ownFormat: 'percent' }));
         const later = new ColumnTree(percent, tree.roots).withOwnFormatsOf(tree.withFormat(6, 'percent'));
         expect([later.columns[6]!.format, later.columns[6]!.ownFormat]).toEqual(['percent', 'time']);
-        expect(later.withWishesOf(tree).columns[6]!.format).toBe('time');
+        expect(later.withWishes(tree.wishes).columns[6]!.format).toBe('time');
     });
 
     it('goes to the host as child bags under a bag "column"', () => {

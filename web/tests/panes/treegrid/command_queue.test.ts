@@ -12,36 +12,15 @@ describe('the commands of a grid', () => {
         const begun: string[] = [];
         const ends = new Map<string, () => void>();
         const signals = new Map<string, AbortSignal>();
-        const command = (name: string, rest: Partial<Command> = {}): Command => ({
+        const command = (name: string): Command => ({
             run: (signal) => {
                 begun.push(name);
                 signals.set(name, signal);
                 return new Promise((resolve) => ends.set(name, resolve));
             },
-            ...rest,
         });
         return { begun, ends, signals, command, queue: new CommandQueue() };
     }
-
-    it('run one after the other', async () => {
-        const { begun, ends, command, queue } = recorder();
-        for (const name of ['a', 'b', 'c']) queue.add(command(name));
-        await settle();
-        expect(begun).toEqual(['a']);
-        ends.get('a')!();
-        await settle();
-        expect(begun).toEqual(['a', 'b']);
-    });
-
-    it('go on beside one that takes long and may', async () => {
-        const { begun, command, queue } = recorder();
-        queue.add(command('slow', { holdsUpFor: 150 }));
-        queue.add(command('next'));
-        await vi.advanceTimersByTimeAsync(149);
-        expect(begun).toEqual(['slow']);
-        await vi.advanceTimersByTimeAsync(1);
-        expect(begun).toEqual(['slow', 'next']);
-    });
 
     it('end with the queue, and new ones begin at once', async () => {
         const { begun, ends, signals, command, queue } = recorder();

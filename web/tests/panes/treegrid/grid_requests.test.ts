@@ -49,6 +49,14 @@ describe('the requests of a grid', () => {
         expect(await answer).toBeInstanceOf(RequestCanceled);
     });
 
+    it('leave out a fact about rows that the host does not have', async () => {
+        const failure = new RequestFailed('gridview:refresh', 'FailedTo.Create.The.Query: /Info/SourceLine');
+        const { sent, requests } = requestsWith(failure);
+        await requests.refresh({ start: 0, count: 1 }, {}, signal);
+        expect(sent.map((frame) => frame.includes('/Info/SourceLine'))).toEqual([true, false]);
+        expect(sent[1]).toContain('/Info/SourceFile');
+    });
+
     const own = (name: string, value: string) => `<${name}><_>${value}</_></${name}>`;
     const int = (name: string, value: number) => `<${name}><_ type="s32_t">${value}</_></${name}>`;
     const ids = own('gridid', 'g') + own('paneId', 'g');
